@@ -1,0 +1,17 @@
+// How an operation that can fail says whether it did.
+#pragma once
+
+#include <optional>
+
+enum class [[nodiscard]] result : bool { failed, ok };
+
+constexpr bool failed(result outcome) { return outcome == result::failed; }
+
+// What a failure leaves behind once its message is written: a failed result or no value.
+struct [[nodiscard]] failure {
+    constexpr operator result() const { return result::failed; }
+    template <class T>
+    constexpr operator std::optional<T>() const {
+        return std::nullopt;
+    }
+};

@@ -1,0 +1,29 @@
+// The blocks that both phases walk: the top level and the sub blocks of if, else and keywords.
+#pragma once
+
+#include <cstdint>
+
+#include "model/code_info.h"
+
+// How deep sub blocks may nest. The walkers recurse once for each level.
+inline constexpr int max_nesting = 2500;
+
+// The statement whose sub block is walked (0, OP_IF, OP_ELSE or OP_KEYWORDS) and, for the answer
+// of a keywords statement, the `parent` of the block in which that statement stands, else 0.
+struct block_kind {
+    std::uint8_t parent = 0;
+    std::uint8_t grandparent = 0;
+};
+
+constexpr bool closes_branch(int code, std::uint8_t parent) {
+    return (parent == OP_IF && (code == OP_ENDIF || code == OP_ELSE)) ||
+           (parent == OP_ELSE && code == OP_ENDIF);
+}
+
+// Whether a block ends before this byte. An answer also ends at what closes the branch in which
+// its keywords statement stands.
+constexpr bool closes_block(int code, block_kind kind) {
+    if (kind.parent != OP_KEYWORDS) return closes_branch(code, kind.parent);
+    return code == OP_ENDANSWER || code == OP_KEYWORDS || code == OP_JUMP || code == OP_BYE ||
+           closes_branch(code, kind.grandparent);
+}

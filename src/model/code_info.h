@@ -1,0 +1,90 @@
+// The opcode table: what each byte value means where an instruction or a text may start.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "base/options.h"
+
+// One numeric space for opcodes, operands, offset table entries, nodes and data blocks.
+enum code_type : std::uint8_t {
+    // kinds of byte
+    NONE,
+    TEXT,    // a character of a text; also a kind of operand: a text run
+    MB_IN,   // opens a passage of double-byte characters
+    MB_OUT,  // closes it
+    STATEMENT,
+    LITERAL,
+    OPERATOR,
+    FUNCTION,
+    ASSIGN,
+    // kinds of operand
+    VALUE,  // an expression that ends with "eval"
+    BYTE,
+    INT16,
+    INT32,
+    VARIABLE,  // a reference that ends with "$var", "$str" or "data"
+    STR32,     // a data block's offset, written as an "int32" literal
+    // kinds of data block
+    DATA,
+    DATA_TEXT,
+    DATA_INT16,
+};
+
+// The opcodes that the passes know by name.
+enum opcode : std::uint8_t {
+    OP_EQUAL = 0x86,
+    OP_NOT_EQUAL = 0x85,
+    OP_IF = 0xA1,
+    OP_ENDIF = 0xA2,
+    OP_ELSE = 0xA3,
+    OP_DECL = 0xA6,
+    OP_EVAL = 0xA7,
+    OP_ASSIGN = 0xA8,
+    OP_JUMP = 0xB0,
+    OP_VAR = 0xB2,
+    OP_STR = 0xB3,
+    OP_DATA = 0xB4,
+    OP_BYE = 0xB6,
+    OP_INDEXOF = 0xB7,
+    OP_ENDDATA = 0xB8,
+    OP_END = 0xD1,  // its meaning depends on the game
+    OP_INT32 = 0xD2,
+    OP_BYTE = 0xD3,
+    OP_INT16 = 0xD4,
+    OP_UNKNOWN_DF = 0xDF,  // a statement of the third game only
+    OP_ENDANSWER = 0xEE,
+    OP_KEYWORDS = 0xEF,
+    OP_SIDENT = 0xFF,
+};
+
+constexpr std::size_t max_params = 4;
+
+struct param_info {
+    code_type type = NONE;
+    const char* name = nullptr;  // documents the operand; never printed
+};
+
+struct code_info_entry {
+    code_type type = NONE;
+    std::string_view name;
+    std::int32_t num_params = 0;
+    std::array<param_info, max_params> params = {};
+};
+
+// The table of the selected game. Only select_game_mode writes it.
+extern std::array<code_info_entry, 256> code_info;
+
+// The `type` column alone, for the loops that look at every byte.
+extern std::array<code_type, 256> code_types;
+
+// Puts the game's own meaning of the bytes 0xD1 and 0xDF into the table.
+void select_game_mode(game_mode_id game_mode);
+
+inline bool begins_text(std::uint8_t byte) {
+    return code_types[byte] == TEXT || code_types[byte] == MB_IN;
+}
+// "$var", "$str" and "data" can close a variable reference and stand before an assignment.
+constexpr bool is_reference(int code) { return code == OP_VAR || code == OP_STR || code == OP_DATA; }

@@ -1,0 +1,84 @@
+// The instruction tree: one node for each text, statement, data block and element of one.
+//
+// Nodes, operands and expression items lie in three arrays of the tree and refer to each other
+// by index, so that a node costs 20 bytes and the whole tree is released at once.
+#pragma once
+
+#include <cstdint>
+
+#include "base/array.h"
+#include "base/result.h"
+#include "model/code_info.h"
+
+using inst_index = std::uint32_t;
+inline constexpr inst_index no_inst = 0xFFFFFFFF;
+inline constexpr std::uint32_t no_params = 0xFFFFFFFF;
+
+// What `value` holds depends on `type`:
+//   BYTE, INT16, INT32, STR32   the number
+//   TEXT                        the offset just behind the text
+//   VALUE, VARIABLE             the index of the expression's root item
+//   ASSIGN                      0; the operand only marks the ":="
+struct operand {
+    std::int32_t offset = 0;  // of the operand's first entry in the code offset table
+    std::uint32_t value = 0;
+    code_type type = NONE;
+};
+
+struct inst {
+    inst_index next = no_inst;      // the following node of the same list
+    inst_index subblock = no_inst;  // the first node of the nested list
+    std::int32_t offset = 0;
+    std::uint32_t params = no_params;  // index of the first operand; they stand side by side
+    code_type type = NONE;
+    std::uint8_t code = 0;
+    std::uint8_t num_params = 0;  // 0 for a text node, although it has its text as operand 0
+};
+
+// An expression is stored as its items in reverse: an operator or function first, then its
+// operands' trees, the last operand first. `extent` counts the items of the tree that an item
+// heads, itself included. The item's kind is its type in the code offset table.
+//
+// The tree of a VALUE operand starts with its "eval" item, then the value's tree. An assignment
+// goes on, inside the extent of the "eval", with the ":=" item and the target's tree.
+struct expr_item {
+    std::int32_t offset = 0;
+    std::uint32_t extent = 1;
+};
+
+// Nodes stand in ascending order of their offsets, first those that phase 2 walked, then the
+// elements added to data blocks.
+struct inst_tree {
+    inst_index root = no_inst;
+    std::uint32_t walked = 0;  // nodes that phase 2 walked
+    array<inst> nodes;
+    array<operand> operands;
+    array<expr_item> items;
+};
+
+// Adds a node without operands. Returns no_inst, after its message, when memory runs out.
+inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code);
+
+// Adds an operand to the node that got operands last; counts it in num_params. The same failure.
+result inst_add_param(inst_tree& tree, inst_index node, const operand& param);
+
+// Adds an expression item, the same failure.
+result inst_add_item(inst_tree& tree, std::int32_t offset);
+
+// Operand `k` of a node, all zero when the node has none.
+operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k);
+
+// The node with this offset, or no_inst.
+inst_index inst_find(const inst_tree& tree, std::int32_t offset);
+
+// Releases all nodes, operands and items.
+void inst_free(inst_tree& tree);
+
+// The item of the value that an "eval" item ends.
+inline std::uint32_t expr_value(std::uint32_t eval) { return eval + 1; }
+
+// The ":=" item of the assignment that ends with this "eval" item, or 0 when there is none.
+inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t eval) {
+    const std::uint32_t behind_value = eval + 1 + tree.items[eval + 1].extent;
+    return behind_value == eval + tree.items[eval].extent ? 0 : behind_value;
+}

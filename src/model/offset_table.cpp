@@ -1,0 +1,215 @@
+#include "model/offset_table.h"
+
+#include <algorithm>
+#include <bit>
+#include <limits>
+
+#include "base/diagnostics.h"
+
+namespace {
+
+bool is_inside(const offset_table& table, std::int32_t offset) {
+    return offset >= 0 && offset < table.script_size;
+}
+
+bool is_marked(const offset_table& table, std::int32_t offset) {
+    return ((*table.inside)[static_cast<std::size_t>(offset)] & table.bits.mask) != 0;
+}
+
+code_type marked_type(const offset_table& table, std::int32_t offset) {
+    const unsigned mark = (*table.inside)[static_cast<std::size_t>(offset)];
+    const unsigned stored = (mark & table.bits.mask) >> table.bits.shift;
+    return static_cast<code_type>(table.bits.first_type + stored - 1);
+}
+
+void set_mark(const offset_table& table, std::int32_t offset, code_type type) {
+    std::uint8_t& mark = (*table.inside)[static_cast<std::size_t>(offset)];
+    const unsigned stored = (static_cast<unsigned>(type) - table.bits.first_type + 1) << table.bits.shift;
+    mark = static_cast<std::uint8_t>((mark & ~table.bits.mask) | stored);
+}
+
+// The marks are read eight at a time, little end first.
+constexpr std::int32_t word_size = 8;
+
+std::uint64_t marked_bytes(const offset_table& table, std::int32_t offset) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, table.inside->data() + offset, word_size);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+    return word & (0x0101010101010101U * table.bits.mask);
+}
+
+// The lowest marked offset at or above `offset`, else script_size.
+std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
+    if (table.inside->empty()) return table.script_size;
+    while (table.script_size - offset >= word_size) {
+        const std::uint64_t word = marked_bytes(table, offset);
+        if (word != 0) return offset + std::countr_zero(word) / 8;
+        offset += word_size;
+    }
+    while (offset < table.script_size && !is_marked(table, offset)) ++offset;
+    return offset;
+}
+
+// The highest marked offset below `offset`, else -1.
+std::int32_t previous_mark(const offset_table& table, std::int32_t offset) {
+    if (table.inside->empty()) return -1;
+    while (offset >= word_size) {
+        const std::uint64_t word = marked_bytes(table, offset - word_size);
+        if (word != 0) return offset - 1 - std::countl_zero(word) / 8;
+        offset -= word_size;
+    }
+    do --offset;
+    while (offset >= 0 && !is_marked(table, offset));
+    return offset;
+}
+
+// Outside the script a table records one kind of thing only.
+code_type outside_type(const offset_table& table) {
+    return table.bits.mask == code_marks.mask ? DATA : table.bits.first_type;
+}
+
+// Brings the offsets outside the script in order.
+const array<std::int32_t>& settled_outside(const offset_table& table) {
+    array<std::int32_t>& outside = table.outside;
+    if (!table.settled) {
+        std::sort(outside.begin(), outside.end());
+        const auto* const end = std::unique(outside.begin(), outside.end());
+        outside.truncate(static_cast<std::size_t>(end - outside.begin()));
+        table.settled = true;
+    }
+    return outside;
+}
+
+// The lowest offset outside the script that is above `offset`.
+std::optional<std::int32_t> outside_above(const offset_table& table, std::int32_t offset) {
+    const array<std::int32_t>& outside = settled_outside(table);
+    const auto* const above = std::upper_bound(outside.begin(), outside.end(), offset);
+    if (above == outside.end()) return std::nullopt;
+    return *above;
+}
+
+// The highest offset outside the script that is below `offset`.
+std::optional<std::int32_t> outside_below(const offset_table& table, std::int32_t offset) {
+    const array<std::int32_t>& outside = settled_outside(table);
+    const auto* const above = std::lower_bound(outside.begin(), outside.end(), offset);
+    if (above == outside.begin()) return std::nullopt;
+    return above[-1];
+}
+
+result memory_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
+
+// Decides what becomes of an entry whose offset is recorded with another type.
+bool gives_way(code_type stored, std::int32_t offset, code_type type) {
+    if (stored == NONE || (stored == DATA && (type == DATA_TEXT || type == DATA_INT16))) {
+        INFORMATION(0, "change offset type: offset=%08X, type=%02X -> %02X", offset, stored, type);
+        return true;
+    }
+    WARNING("offset type mismatch: offset=%08X, type=%02X, %02X", offset, stored, type);
+    return false;
+}
+
+result add_outside(offset_table& table, std::int32_t offset, code_type type) {
+    if (type != outside_type(table)) {
+        // The operand of a jump whose opcode is the script's last byte: the walk that met it is
+        // about to fail, so that it need not be kept.
+        if (offset_table_find(table, offset)) gives_way(outside_type(table), offset, type);
+        return result::ok;
+    }
+    if (!table.outside.push_back(offset)) return memory_exhausted(table.outside.growth_bytes());
+    const std::size_t size = table.outside.size();
+    table.settled = table.settled && (size == 1 || table.outside[size - 2] < offset);
+    return result::ok;
+}
+
+result allocate_marks(offset_table& table) {
+    const auto size = static_cast<std::size_t>(table.script_size);
+    return table.inside->assign_zero(size) ? result::ok : memory_exhausted(size);
+}
+
+}  // namespace
+
+void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::int32_t script_size) {
+    table.bits = bits;
+    table.script_size = script_size;
+    table.inside = &inside;
+    table.outside.release();
+    table.settled = true;
+}
+
+void offset_table_free(offset_table& table) {
+    table.outside.release();
+    table.settled = true;
+}
+
+result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
+    if (!is_inside(table, offset)) return add_outside(table, offset, type);
+    if (table.inside->empty() && failed(allocate_marks(table))) return result::failed;
+    if (is_marked(table, offset)) {
+        const code_type stored = marked_type(table, offset);
+        if (stored == type || !gives_way(stored, offset, type)) return result::ok;
+    }
+    set_mark(table, offset, type);
+    return result::ok;
+}
+
+std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
+    if (is_inside(table, offset)) {
+        if (table.inside->empty() || !is_marked(table, offset)) return std::nullopt;
+        return marked_type(table, offset);
+    }
+    const array<std::int32_t>& outside = settled_outside(table);
+    if (!std::binary_search(outside.begin(), outside.end(), offset)) return std::nullopt;
+    return outside_type(table);
+}
+
+std::optional<std::int32_t> offset_table_first(const offset_table& table) {
+    constexpr std::int32_t lowest = std::numeric_limits<std::int32_t>::min();
+    if (offset_table_find(table, lowest)) return lowest;
+    return offset_table_first_above(table, lowest);
+}
+
+std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset) {
+    if (offset < 0) {
+        const auto below_script = outside_above(table, offset);
+        if (below_script && *below_script < 0) return below_script;
+        offset = -1;
+    }
+    if (offset < table.script_size - 1) {
+        offset = next_mark(table, offset + 1);
+        if (offset < table.script_size) return offset;
+        --offset;
+    }
+    return outside_above(table, offset);
+}
+
+std::optional<std::int32_t> offset_table_last_below(const offset_table& table, std::int32_t offset) {
+    if (offset > table.script_size) {
+        const auto above_script = outside_below(table, offset);
+        if (above_script && *above_script >= table.script_size) return above_script;
+        offset = table.script_size;
+    }
+    if (offset > 0) {
+        offset = previous_mark(table, offset);
+        if (offset >= 0) return offset;
+        offset = 0;
+    }
+    return outside_below(table, offset);
+}
+
+std::int32_t offset_table_count(const offset_table& table) {
+    std::int32_t count = 0;
+    for (auto offset = offset_table_first(table); offset; offset = offset_table_first_above(table, *offset)) {
+        ++count;
+    }
+    return count;
+}
+
+void offset_table_truncate(offset_table& table, std::int32_t offset) {
+    const auto first = static_cast<std::size_t>(offset);
+    for (std::size_t i = first; i < table.inside->size(); ++i) {
+        (*table.inside)[i] &= static_cast<std::uint8_t>(~table.bits.mask);
+    }
+    const array<std::int32_t>& outside = settled_outside(table);
+    const auto* const end = std::lower_bound(outside.begin(), outside.end(), offset);
+    table.outside.truncate(static_cast<std::size_t>(end - outside.begin()));
+}

@@ -1,0 +1,25 @@
+// Texts: runs of characters in which a passage between "{" and "}" holds double-byte characters.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "model/conv.h"
+
+// The ranges of Shift_JIS (code page 932). Inside a passage a lead byte takes the next byte with
+// it, which must be a trail byte.
+constexpr bool is_lead_byte(std::uint8_t byte) {
+    return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
+}
+constexpr bool is_trail_byte(std::uint8_t byte) {
+    return byte >= 0x40 && byte <= 0xFC && byte != 0x7F;
+}
+
+// The length in bytes of the text that starts at `start` and ends before the first byte, outside
+// a passage, that is no text, at `end` at the latest. Writes an ERROR line and returns nothing
+// when a passage is malformed or not closed.
+std::optional<std::int32_t> text_length(const conv& script, std::int32_t start, std::int32_t end);
+
+// Reports a malformed text and returns the failure: at `offset` stands either a lead byte without
+// its trail byte, or the first byte of a text with a passage that is not closed before `end`.
+failure report_malformed_text(const conv& script, std::int32_t offset, std::int32_t end);

@@ -1,0 +1,40 @@
+// What the printers of a listing share: the streams, and the forms of numbers and labels.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "base/array.h"
+#include "base/writer.h"
+#include "model/conv.h"
+
+// A part of an expression still to be written.
+struct pending_piece {
+    std::uint32_t item;   // of an operand
+    std::uint8_t kind;
+    std::uint8_t code;    // of the operator that is written or that the operand belongs to
+};
+
+struct listing {
+    conv& script;
+    writer& out;
+    writer* text_file;  // the text table, or null
+    array<pending_piece> pieces = {};  // kept from one expression to the next for its memory
+};
+
+// The put_ functions write at `to` and return the end of what they wrote.
+inline char* put_text(char* to, std::string_view text) {
+    std::memcpy(to, text.data(), text.size());
+    return to + text.size();
+}
+char* put_hex(char* to, std::uint32_t number, int digits);
+// At least `digits` digits, filled with zeros.
+char* put_decimal(char* to, std::uint32_t number, int digits = 1);
+// "L" npc id "_" offset, 14 characters.
+char* put_label(char* to, const conv& script, std::uint32_t offset);
+
+inline constexpr std::size_t label_size = 14;
+inline constexpr std::size_t max_decimal_size = 10;
+
+// Four spaces, n times.
+void print_indent(writer& out, int n);

@@ -1,0 +1,158 @@
+#include "output/print_conv.h"
+
+#include <algorithm>
+
+#include "base/diagnostics.h"
+#include "output/print_dump.h"
+#include "output/print_inst.h"
+#include "output/print_text.h"
+
+namespace {
+
+// A list of nodes and where its last node ends.
+struct node_list {
+    inst_index first;
+    std::int32_t end_offset;
+    int level;
+};
+
+result print_list(listing& print, const node_list& list);
+
+void print_id(listing& print) {
+    writer& out = print.out;
+    const std::uint32_t id = print.script.npc_id;
+    out.put("; id: ");
+    out.advance(put_hex(out.room(4), id, id > 0xFF ? 4 : 2));
+    out.put('(');
+    out.advance(put_decimal(out.room(max_decimal_size), id));
+    out.put(")\n");
+}
+
+void print_option(writer& out, std::string_view option) {
+    print_indent(out, 1);
+    out.put(".option --");
+    out.put(option);
+    out.put('\n');
+}
+
+std::string_view mode_option(game_mode_id game_mode) {
+    switch (game_mode) {
+        case game_mode_id::brenhollow: return "bh";
+        case game_mode_id::quillfen: return "qf";
+        default: return "kv";
+    }
+}
+
+void print_options(listing& print) {
+    print_option(print.out, mode_option(options.game_mode));
+    if (options.omit_decl) print_option(print.out, "implicit-decl");
+    if (options.omit_eval) print_option(print.out, "implicit-eval");
+    if (options.omit_int32) print_option(print.out, "implicit-int32");
+    if (options.endif_without_if) print_option(print.out, "endif-without-if");
+    if (!print.script.dump) print.out.put('\n');
+}
+
+void print_label_line(listing& print, std::int32_t offset) {
+    char* const line = print.out.room(label_size + 2);
+    print.out.advance(put_text(put_label(line, print.script, static_cast<std::uint32_t>(offset)), ":\n"));
+}
+
+// A label stands before what a jump leads to and at the start of a data block.
+void print_node_label(listing& print, const inst& node) {
+    const conv& script = print.script;
+    if (node.type == DATA || offset_table_find(script.jump_offset_table, node.offset)) {
+        print_label_line(print, node.offset);
+    } else if (node.type == DATA_TEXT || node.type == DATA_INT16) {
+        const std::int32_t offset = inst_param(script.tree, node, 0).offset;
+        if (offset_table_find(script.data_offset_table, offset)) print_label_line(print, offset);
+    }
+}
+
+void trace_node(const inst_tree& tree, const inst& node) {
+    if (!verbose(2)) return;
+    const inst_index next = node.next == no_inst ? 0 : node.next;  // the root, 0, follows nothing
+    TRACE("offset=%08X, code=%02X, type=%02X, next=%08X", node.offset, node.code, node.type, next);
+    if (node.subblock == no_inst) return;
+    const inst& first = tree.nodes[node.subblock];
+    TRACE("sub block: offset=%08X, code=%02X, type=%02X, next=%08X", first.offset, first.code, first.type, next);
+}
+
+// Where the node's own bytes end: at its sub block, at the next node or at the list's end.
+std::int32_t own_end(const inst_tree& tree, const inst& node, const node_list& list) {
+    const inst_index behind = node.subblock != no_inst ? node.subblock : node.next;
+    return behind == no_inst ? list.end_offset : tree.nodes[behind].offset;
+}
+
+// How many of the node's own bytes lie inside the script.
+std::int32_t own_size(const conv& script, const inst& node, const node_list& list) {
+    if (!conv_has(script, node.offset)) return 0;
+    return std::max(0, std::min(own_end(script.tree, node, list), script.data_size) - node.offset);
+}
+
+result print_sub_block(listing& print, const inst& node, const node_list& list) {
+    if (node.subblock == no_inst) return result::ok;
+    const std::int32_t end = node.next == no_inst ? list.end_offset : print.script.tree.nodes[node.next].offset;
+    return print_list(print, {node.subblock, end, list.level + 1});
+}
+
+result print_node(listing& print, const inst& node, const node_list& list) {
+    const int depth = list.level + 1;
+    const std::int32_t size = own_size(print.script, node, list);
+    trace_node(print.script.tree, node);
+    if (print.script.dump) print.out.put('\n');
+    print_node_label(print, node);
+    print_dump(print, node.offset, size);
+    switch (node.type) {
+        case TEXT:
+        case MB_IN:
+            return print_text(print, node, depth);
+        case DATA_TEXT:
+        case DATA_INT16:
+        case DATA:
+            return print_data_block(print, node, depth, size);
+        case STATEMENT:
+            if (failed(print_statement(print, node, depth))) return result::failed;
+            return print_sub_block(print, node, list);
+        default:
+            return ERROR("BUG: illegal instruction type: offset=%08X, code=%02X, type=%02X", node.offset, node.code,
+                         node.type);
+    }
+}
+
+result print_list(listing& print, const node_list& list) {
+    const inst_tree& tree = print.script.tree;
+    if (list.first != no_inst) {
+        const inst& first = tree.nodes[list.first];
+        TRACE("print_conv(*, *, %d, %d, *): offset=%08X, code=%02X, type=%02X", list.end_offset, list.level,
+              first.offset, first.code, first.type);
+    }
+    if (list.level == 0) {
+        print_id(print);
+        print_options(print);
+    }
+    for (inst_index node = list.first; node != no_inst; node = tree.nodes[node].next) {
+        if (failed(print_node(print, tree.nodes[node], list))) {
+            return ERROR("can't print: offste=%08X", tree.nodes[node].offset);
+        }
+    }
+    return result::ok;
+}
+
+void print_end(listing& print) {
+    writer& out = print.out;
+    if (print.script.dump) {
+        out.put("\n; ");
+        out.advance(put_hex(out.room(8), static_cast<std::uint32_t>(print.script.data_size), 8));
+        out.put(": END\n");
+    } else {
+        out.put("; END\n");
+    }
+}
+
+}  // namespace
+
+result print_conv(listing& print) {
+    if (failed(print_list(print, {print.script.tree.root, print.script.data_size, 0}))) return result::failed;
+    print_end(print);
+    return result::ok;
+}

@@ -1,0 +1,13 @@
+// The hex dump inside the listing, and the report on what was dumped.
+#pragma once
+
+#include <cstdint>
+
+#include "output/listing.h"
+
+// Prints `size` bytes of the script from `offset` on as dump lines and counts each; they lie
+// inside the script. Does nothing unless dumping is on.
+void print_dump(listing& print, std::int32_t offset, std::int32_t size);
+
+// Writes to the messages every stretch of the script that was dumped other than exactly once.
+void report_dump_count(const conv& script);

@@ -1,0 +1,164 @@
+#include "output/print_text.h"
+
+#include <array>
+
+#include "base/diagnostics.h"
+#include "model/text.h"
+
+namespace {
+
+std::uint8_t byte_at(std::string_view text, std::size_t position) { return static_cast<std::uint8_t>(text[position]); }
+
+// The letter that stands for an escaped byte behind the backslash, 0 for any other byte.
+constexpr char escape_letter(std::uint8_t byte) {
+    switch (byte) {
+        case '\t': return 't';
+        case '\n': return 'n';
+        case '"': return '"';
+        case '\\': return '\\';
+        default: return 0;
+    }
+}
+
+// Whether a byte needs no look outside a passage: it is a character and printed as it is.
+constexpr auto make_plain_bytes() {
+    std::array<bool, 256> table{};
+    for (std::size_t byte = 0x20; byte <= 0x7E; ++byte) {
+        const bool is_brace_or_bar = byte >= 0x7B && byte <= 0x7D;
+        table[byte] = !is_brace_or_bar && escape_letter(static_cast<std::uint8_t>(byte)) == 0;
+    }
+    return table;
+}
+constexpr auto plain_bytes = make_plain_bytes();
+
+std::size_t skip_plain(std::string_view text, std::size_t position) {
+    while (position < text.size() && plain_bytes[byte_at(text, position)]) ++position;
+    return position;
+}
+
+// Copies a text with its escapes. `in_passage` says whether it begins inside a double-byte
+// passage and receives whether it ends inside one.
+void put_escaped(writer& out, std::string_view text, bool& in_passage) {
+    std::size_t copied = 0;
+    std::size_t position = 0;
+    while (position < text.size()) {
+        if (!in_passage) position = skip_plain(text, position);
+        if (position == text.size()) break;
+        const std::uint8_t byte = byte_at(text, position);
+        if (const char letter = escape_letter(byte); letter != 0) {
+            out.put(text.substr(copied, position - copied));
+            out.put('\\');
+            out.put(letter);
+            copied = position + 1;
+        } else if (in_passage) {
+            if (code_types[byte] == MB_OUT) in_passage = false;
+            else if (is_lead_byte(byte)) ++position;
+        } else if (code_types[byte] == MB_IN) {
+            in_passage = true;
+        }
+        ++position;
+    }
+    out.put(text.substr(copied));
+}
+
+void put_escaped(writer& out, std::string_view text) {
+    bool in_passage = false;
+    put_escaped(out, text, in_passage);
+}
+
+void put_text_label(writer& out, const conv& script, std::int32_t number) {
+    char* to = out.room(6 + max_decimal_size);
+    *to++ = 'T';
+    to = put_hex(to, script.npc_id, 4);
+    *to++ = '_';
+    out.advance(put_decimal(to, static_cast<std::uint32_t>(number), 4));
+}
+
+// Enters a text in the text table, where there is one. Returns whether the listing shows the
+// text's label, that of the number just given, instead of the text.
+bool enter_text(listing& print, std::string_view text, std::int32_t offset) {
+    if (print.text_file == nullptr) return false;
+    writer& table = *print.text_file;
+    put_text_label(table, print.script, options.text_counter);
+    table.put("\t0x");
+    table.advance(put_hex(table.room(8), static_cast<std::uint32_t>(offset), 8));
+    table.put("\t\"");
+    put_escaped(table, text);
+    table.put("\"\n");
+    ++options.text_counter;
+    return options.text_label;
+}
+
+void put_last_text_label(listing& print) { put_text_label(print.out, print.script, options.text_counter - 1); }
+
+}  // namespace
+
+std::string_view text_of(const conv& script, const operand& param) {
+    const auto end = static_cast<std::int32_t>(param.value);
+    if (!conv_has(script, param.offset) || end <= param.offset) return {};
+    const std::string_view span(reinterpret_cast<const char*>(script.buffer.data()) + param.offset,
+                                static_cast<std::size_t>(end - param.offset));
+    return span.substr(0, span.find('\0'));
+}
+
+result check_text(std::string_view text) {
+    bool in_passage = false;
+    for (std::size_t position = skip_plain(text, 0); position < text.size(); ++position) {
+        const std::uint8_t byte = byte_at(text, position);
+        if (!in_passage) {
+            if (code_types[byte] != TEXT && code_types[byte] != MB_IN) return ERROR("illegal text: %02X", byte);
+            in_passage = code_types[byte] == MB_IN;
+        } else if (code_types[byte] == MB_OUT) {
+            in_passage = false;
+        } else if (is_lead_byte(byte)) {
+            ++position;
+            const std::uint8_t trail = position < text.size() ? byte_at(text, position) : std::uint8_t{0};
+            if (!is_trail_byte(trail)) return ERROR("illegal multibyte text: %02X%02X", byte, trail);
+        }
+    }
+    if (in_passage) return ERROR("illegal multibyte text: '}' not found");
+    return result::ok;
+}
+
+result print_text(listing& print, const inst& node, int depth) {
+    const operand param = inst_param(print.script.tree, node, 0);
+    std::string_view rest = text_of(print.script, param);
+    if (failed(check_text(rest))) return result::failed;
+    writer& out = print.out;
+    if (enter_text(print, rest, param.offset)) {
+        print_indent(out, depth);
+        put_last_text_label(print);
+        out.put('\n');
+        return result::ok;
+    }
+    bool in_passage = false;
+    while (!rest.empty()) {
+        const std::size_t newline = rest.find('\n');  // never the trail byte of a character
+        const std::string_view line = rest.substr(0, newline == rest.npos ? newline : newline + 1);
+        print_indent(out, depth);
+        out.put('"');
+        put_escaped(out, line, in_passage);
+        rest.remove_prefix(line.size());
+        // A passage that ends right behind the newline ends on the newline's line.
+        if (in_passage && rest.starts_with('}')) {
+            out.put('}');
+            in_passage = false;
+            rest.remove_prefix(1);
+        }
+        out.put("\"\n");
+    }
+    return result::ok;
+}
+
+result print_quoted_text(listing& print, const operand& param) {
+    const std::string_view text = text_of(print.script, param);
+    if (failed(check_text(text))) return result::failed;
+    if (enter_text(print, text, param.offset)) {
+        put_last_text_label(print);
+        return result::ok;
+    }
+    print.out.put('"');
+    put_escaped(print.out, text);
+    print.out.put('"');
+    return result::ok;
+}

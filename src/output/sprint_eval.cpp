@@ -1,0 +1,232 @@
+#include "output/sprint_eval.h"
+
+#include <algorithm>
+#include <array>
+
+#include "base/diagnostics.h"
+
+namespace {
+
+// Text that is cut at a limit.
+struct clipped_text {
+    char* end;
+    char* limit;
+
+    [[nodiscard]] bool is_full() const { return end == limit; }
+    void put(std::string_view text) {
+        end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end)));
+    }
+};
+
+enum class piece_kind : std::uint8_t {
+    item,       // `item` with its operands; `code` is that of the operator or function around it
+    byte,       // the byte at `item`, in decimal
+    infix,      // the name of `code` between blanks
+    eval,       // "eval "
+    comma,
+    open,
+    close,
+    close_index,
+};
+
+enum class operator_group : std::uint8_t { none, comparison, additive, multiplicative, logical };
+
+constexpr operator_group group_of(std::uint8_t code) {
+    if (code >= 0x81 && code <= 0x86) return operator_group::comparison;
+    if (code == 0x90 || code == 0x91) return operator_group::additive;
+    if (code == 0x92 || code == 0x93) return operator_group::multiplicative;
+    if (code == 0x94 || code == 0x95) return operator_group::logical;
+    return operator_group::none;
+}
+
+// Whether a two-operand operator is wrapped whole as an operand of `parent`.
+bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
+    if (options.verbosity_parenthesis) return true;
+    const operator_group around = group_of(parent);
+    if (around == operator_group::none) return false;
+    switch (group_of(code)) {
+        case operator_group::additive: return around != operator_group::additive;
+        case operator_group::multiplicative:
+            return around != operator_group::additive && around != operator_group::multiplicative;
+        case operator_group::logical: return parent != code;
+        default: return true;
+    }
+}
+
+struct renderer {
+    listing& print;
+    const conv& script;
+    array<pending_piece>& pieces;  // the next one last
+    clipped_text text;
+};
+
+std::int32_t item_offset(const renderer& render, std::uint32_t item) { return render.script.tree.items[item].offset; }
+
+std::uint8_t item_code(const renderer& render, std::uint32_t item) {
+    return conv_byte(render.script, item_offset(render, item));
+}
+
+code_type item_type(const renderer& render, std::uint32_t item) {
+    return offset_table_find(render.script.code_offset_table, item_offset(render, item)).value_or(NONE);
+}
+
+std::uint32_t behind_tree(const renderer& render, std::uint32_t item) {
+    return item + render.script.tree.items[item].extent;
+}
+
+// The item of the last operand stands right behind its operator, the first one's tree last.
+struct two_operands {
+    std::uint32_t left;
+    std::uint32_t right;
+};
+two_operands operands_of(const renderer& render, std::uint32_t item) {
+    const std::uint32_t right = item + 1;
+    return {behind_tree(render, right), right};
+}
+
+// Whether the rendering of an operand of `parent` begins with a parenthesis.
+bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::uint8_t parent) {
+    while (item_type(render, item) == OPERATOR) {
+        const std::uint8_t code = item_code(render, item);
+        if (code == OP_EVAL) {
+            if (!options.omit_eval) return false;
+            item = expr_value(item);
+        } else {
+            if (is_wrapped(code, parent)) return true;
+            item = operands_of(render, item).left;
+        }
+        parent = code;
+    }
+    return false;
+}
+
+// A right operand of the same group would read as part of the left one.
+bool needs_parentheses(const renderer& render, std::uint8_t code, std::uint32_t right) {
+    const operator_group group = group_of(code);
+    return group != operator_group::comparison && group == group_of(item_code(render, right)) &&
+           !begins_with_parenthesis(render, right, code);
+}
+
+// Pieces are put off in reverse: what is put off last is rendered first.
+[[nodiscard]] bool put_off(renderer& render, piece_kind kind, std::uint8_t code = 0, std::uint32_t item = 0) {
+    return render.pieces.push_back({item, static_cast<std::uint8_t>(kind), code});
+}
+
+[[nodiscard]] bool render_operator(renderer& render, std::uint32_t item, std::uint8_t code, std::uint8_t parent) {
+    const auto [left, right] = operands_of(render, item);
+    const bool wraps_right = needs_parentheses(render, code, right);
+    const bool wraps_all = is_wrapped(code, parent);
+    if (wraps_all) render.text.put("(");
+    return (!wraps_all || put_off(render, piece_kind::close)) &&
+           (!wraps_right || put_off(render, piece_kind::close)) && put_off(render, piece_kind::item, code, right) &&
+           (!wraps_right || put_off(render, piece_kind::open)) && put_off(render, piece_kind::infix, code) &&
+           put_off(render, piece_kind::item, code, left);
+}
+
+// Operand `k` of a function, whose tree's root is `item`.
+[[nodiscard]] bool put_off_operand(renderer& render, std::uint8_t code, std::size_t k, std::uint32_t item) {
+    const bool is_byte = code_info[code].params[k].type == BYTE;
+    return put_off(render, is_byte ? piece_kind::byte : piece_kind::item, code, item);
+}
+
+[[nodiscard]] bool render_function(renderer& render, std::uint32_t item, std::uint8_t code) {
+    const bool is_indexed = code == OP_VAR || code == OP_STR;
+    render.text.put(code_info[code].name);
+    render.text.put(is_indexed ? "[" : "(");
+    if (!put_off(render, is_indexed ? piece_kind::close_index : piece_kind::close)) return false;
+    std::uint32_t operand_item = item + 1;
+    for (auto k = static_cast<std::size_t>(code_info[code].num_params); k-- > 0;) {
+        if (!put_off_operand(render, code, k, operand_item)) return false;
+        if (k > 0 && !put_off(render, piece_kind::comma)) return false;
+        operand_item = behind_tree(render, operand_item);
+    }
+    return true;
+}
+
+[[nodiscard]] bool render_eval(renderer& render, std::uint32_t item) {
+    if (!put_off(render, piece_kind::item, OP_EVAL, expr_value(item))) return false;
+    const std::uint32_t assign = expr_assign(render.script.tree, item);
+    if (assign == 0) {
+        if (!options.omit_eval) render.text.put("eval ");
+        return true;
+    }
+    return (options.omit_eval || put_off(render, piece_kind::eval)) && put_off(render, piece_kind::infix, OP_ASSIGN) &&
+           put_off(render, piece_kind::item, OP_EVAL, assign + 1);
+}
+
+void render_number(renderer& render, std::uint32_t number) {
+    char digits[max_decimal_size];
+    render.text.put({digits, static_cast<std::size_t>(put_decimal(digits, number) - digits)});
+}
+
+void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
+    char number[label_size];
+    if (code != OP_INT32 || !options.omit_int32) {
+        render.text.put(code_info[code].name);
+        render.text.put(" ");
+    }
+    switch (code_info[code].params[0].type) {
+        case INT16:
+            put_text(number, "0x");
+            put_hex(number + 2, conv_int16(render.script, offset + 1), 4);
+            return render.text.put({number, 6});
+        case INT32:
+            put_label(number, render.script, conv_int32(render.script, offset + 1));
+            return render.text.put({number, label_size});
+        default:
+            return render_number(render, conv_byte(render.script, offset + 1));
+    }
+}
+
+[[nodiscard]] bool render_item(renderer& render, std::uint32_t item, std::uint8_t parent) {
+    const std::uint8_t code = item_code(render, item);
+    switch (item_type(render, item)) {
+        case LITERAL:
+            render_literal(render, item_offset(render, item), code);
+            return true;
+        case OPERATOR:
+            return code == OP_EVAL ? render_eval(render, item) : render_operator(render, item, code, parent);
+        case FUNCTION:
+            return render_function(render, item, code);
+        default:
+            render_number(render, code);
+            return true;
+    }
+}
+
+[[nodiscard]] bool render_piece(renderer& render, const pending_piece& piece) {
+    switch (static_cast<piece_kind>(piece.kind)) {
+        case piece_kind::item: return render_item(render, piece.item, piece.code);
+        case piece_kind::byte: render_number(render, item_code(render, piece.item)); break;
+        case piece_kind::infix:
+            render.text.put(" ");
+            render.text.put(code_info[piece.code].name);
+            render.text.put(" ");
+            break;
+        case piece_kind::eval: render.text.put("eval "); break;
+        case piece_kind::comma: render.text.put(", "); break;
+        case piece_kind::open: render.text.put("("); break;
+        case piece_kind::close: render.text.put(")"); break;
+        case piece_kind::close_index: render.text.put("]"); break;
+    }
+    return true;
+}
+
+}  // namespace
+
+// Cutting each composition by itself leaves the same text as cutting the whole: each begins where
+// the one around it has begun or later.
+result sprint_eval(listing& print, std::uint32_t root) {
+    char* const room = print.out.room(max_expression);
+    renderer render = {print, print.script, print.pieces, {room, room + max_expression}};
+    render.pieces.truncate(0);
+    bool has_memory = put_off(render, piece_kind::item, 0, root);
+    while (has_memory && !render.pieces.empty() && !render.text.is_full()) {
+        const pending_piece piece = render.pieces.back();
+        render.pieces.pop_back();
+        has_memory = render_piece(render, piece);
+    }
+    if (!has_memory) return ERROR("memory exhausted! (size=%zu)", render.pieces.growth_bytes());
+    print.out.advance(render.text.end);
+    return result::ok;
+}

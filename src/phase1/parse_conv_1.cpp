@@ -1,0 +1,358 @@
+#include "phase1/parse_conv_1.h"
+
+#include <algorithm>
+#include <functional>
+#include <limits>
+
+#include "base/diagnostics.h"
+#include "model/block.h"
+#include "model/text.h"
+#include "phase1/parse_operand_1.h"
+#include "phase1/recover_1.h"
+
+namespace {
+
+struct walker {
+    conv& script;
+    // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
+    // lowest on top. Those walked since are dropped when they come up.
+    array<std::int32_t> open_targets;
+    int depth = 0;
+};
+
+// One walk: the top level or a sub block. The cursor moves on as the walk consumes bytes; it may
+// stand behind the script's end when an operand is cut off there.
+struct walk {
+    walker& shared;
+    conv& script;
+    std::int32_t cursor;
+    block_kind kind;
+};
+
+result walk_block(walk& block);
+
+bool at_end(const walk& block) { return block.cursor >= block.script.data_size; }
+std::uint8_t byte_at_cursor(const walk& block) { return conv_byte(block.script, block.cursor); }
+
+// Bytes of the script from the cursor on.
+std::int32_t bytes_left(const walk& block) { return block.script.data_size - block.cursor; }
+
+result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
+    if (outer.shared.depth == max_nesting) return ERROR("nesting too deep: offset=%08X", opener);
+    walk inner = {outer.shared, outer.script, outer.cursor, kind};
+    ++outer.shared.depth;
+    const result outcome = walk_block(inner);
+    --outer.shared.depth;
+    outer.cursor = inner.cursor;
+    return outcome;
+}
+
+// Records the target of a jump whose operand is at the cursor.
+result add_jump_target(walk& block) {
+    conv& script = block.script;
+    array<std::int32_t>& open = block.shared.open_targets;
+    const auto target = static_cast<std::int32_t>(conv_int32(script, block.cursor));
+    const bool is_known = conv_has(script, target) && (offset_table_find(script.code_offset_table, target) ||
+                                                       offset_table_find(script.jump_offset_table, target));
+    if (target >= 0 && !is_known) {
+        if (!open.push_back(target)) return ERROR("memory exhausted! (size=%zu)", open.growth_bytes());
+        std::push_heap(open.begin(), open.end(), std::greater());
+    }
+    return add_jump_offset(script, target);
+}
+
+// The lowest jump target that was not walked yet. Targets below 0 are left to the jump check.
+std::optional<std::int32_t> take_open_target(walker& shared) {
+    array<std::int32_t>& open = shared.open_targets;
+    while (!open.empty()) {
+        const std::int32_t target = open[0];
+        if (!offset_table_find(shared.script.code_offset_table, target)) return target;
+        std::pop_heap(open.begin(), open.end(), std::greater());
+        open.pop_back();
+    }
+    return std::nullopt;
+}
+
+// Steps over the text at the cursor and records where it begins.
+result walk_text(walk& block) {
+    const auto length = text_length(block.script, block.cursor, block.script.data_size);
+    if (!length) return ERROR("can't get text length: offset=%08X", block.cursor);
+    block.cursor += *length;
+    return result::ok;
+}
+
+result walk_expression_operand(walk& block) {
+    const auto behind = parse_eval_1(block.script, block.cursor);
+    if (!behind) return ERROR("parse expression failure: offset=%08X", block.cursor);
+    block.cursor = *behind;
+    return result::ok;
+}
+
+result walk_text_run(walk& block) {
+    DEBUG("TEXT: offset=%08X", block.cursor);
+    if (failed(add_code_offset(block.script, block.cursor, TEXT))) return result::failed;
+    return walk_text(block);
+}
+
+// The branch of an if or else whose opcode is at the cursor's predecessor `opener`.
+result walk_branch(walk& block, std::int32_t opener, opcode code) {
+    if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", opener, code);
+    if (failed(walk_sub_block(block, opener, {code, 0}))) return result::failed;
+    if (at_end(block)) {
+        return ERROR("end of buffer: 'endif' not found: offset=%08X, code=%02X", opener, code);
+    }
+    return result::ok;
+}
+
+// A1 condition branch, then A2, or A3 branch A2.
+result walk_if(walk& block) {
+    const std::int32_t start = block.cursor;
+    DEBUG("IF: offset=%08X", start);
+    if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
+    ++block.cursor;
+    DEBUG("IF: sub block: offset=%08X", block.cursor);
+    if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", start, OP_IF);
+    if (failed(walk_expression_operand(block))) return result::failed;
+    if (failed(walk_branch(block, start, OP_IF))) return result::failed;
+
+    if (byte_at_cursor(block) == OP_ELSE) {
+        const std::int32_t start_of_else = block.cursor;
+        DEBUG("ELSE: offset=%08X", start_of_else);
+        if (failed(add_code_offset(block.script, start_of_else, STATEMENT))) return result::failed;
+        ++block.cursor;
+        DEBUG("ELSE: sub block: offset=%08X", block.cursor);
+        if (failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
+    }
+
+    if (byte_at_cursor(block) != OP_ENDIF) {
+        return ERROR("'endif' not found: 'if'=%08X, offset=%08X, code=%02X", start, block.cursor,
+                     byte_at_cursor(block));
+    }
+    DEBUG("ENDIF: offset=%08X", block.cursor);
+    if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+    ++block.cursor;
+    return result::ok;
+}
+
+// EF text answer: one keywords statement with its answer, up to the byte that ends the answer.
+result walk_keywords(walk& block, std::int32_t start) {
+    DEBUG("KEYWORDS: offset=%08X", start);
+    if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
+    ++block.cursor;
+    if (at_end(block) || !begins_text(byte_at_cursor(block))) {
+        return ERROR("keywords not found: offset=%08X, code=%02X", start, OP_KEYWORDS);
+    }
+    if (failed(add_code_offset(block.script, block.cursor, TEXT))) return result::failed;
+    if (failed(walk_text(block))) return result::failed;
+    DEBUG("KEYWORDS: sub block: offset=%08X", block.cursor);
+    if (at_end(block)) {
+        return ERROR("keywords without answer: offset=%08X, code=%02X", start, OP_KEYWORDS);
+    }
+    return walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent});
+}
+
+// The jump that ends an answer. Its operand may be cut off by the script's end; then the cursor
+// ends up behind it, which fails the walk.
+result walk_jump_of_answer(walk& block) {
+    if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+    ++block.cursor;
+    if (failed(add_code_offset(block.script, block.cursor, INT32))) return result::failed;
+    if (bytes_left(block) >= 4 && failed(add_jump_target(block))) return result::failed;
+    constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
+    block.cursor = block.cursor <= highest - 4 ? block.cursor + 4 : highest;
+    return result::ok;
+}
+
+result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
+    if (at_end(block)) {
+        WARNING("'endanswer' not found: end of buffer: keywords=%08X, offset=%08X", keywords, block.cursor);
+        return result::ok;
+    }
+    const std::uint8_t code = byte_at_cursor(block);
+    if (code == OP_ENDANSWER) {
+        DEBUG("ENDANSWER: offset=%08X", block.cursor);
+        if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+        ++block.cursor;
+        return result::ok;
+    }
+    if (has_exit || closes_branch(code, block.kind.parent) ||
+        offset_table_find(block.script.data_offset_table, block.cursor)) {
+        WARNING("'endanswer' not found ... ignore: 'keywords'=%08X, offset=%08X, code=%02X", keywords,
+                block.cursor, code);
+        return result::ok;
+    }
+    return ERROR("'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor, code);
+}
+
+// Keywords statements one after the other, each with its answer, then EE.
+result walk_keywords_chain(walk& block) {
+    bool has_exit = false;  // a jump or bye ended one of the answers
+    for (;;) {
+        const std::int32_t keywords = block.cursor;
+        if (failed(walk_keywords(block, keywords))) return result::failed;
+        if (!at_end(block) && byte_at_cursor(block) == OP_JUMP) {
+            has_exit = true;
+            if (failed(walk_jump_of_answer(block))) return result::failed;
+        } else if (!at_end(block) && byte_at_cursor(block) == OP_BYE) {
+            has_exit = true;
+            if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+            ++block.cursor;
+        }
+        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) {
+            return walk_end_of_chain(block, keywords, has_exit);
+        }
+    }
+}
+
+// Records a number operand of `size` bytes; the cursor stays.
+result add_number(walk& block, std::int32_t start, std::uint8_t code, code_type type, std::int32_t size) {
+    if (bytes_left(block) >= size) return add_code_offset(block.script, block.cursor, type);
+    static constexpr const char* names[] = {"INT16", "INT32", "STR32"};
+    const char* const name = type == INT16 ? names[0] : type == INT32 ? names[1] : names[2];
+    return ERROR("end of buffer: offset=%08X, code=%02X, param=%08X, type=%s", start, code, block.cursor, name);
+}
+
+// Operand `k` of the statement at `start`; the cursor is at the operand, inside the script.
+result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
+    conv& script = block.script;
+    const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
+    const std::uint8_t first = byte_at_cursor(block);
+    switch (type) {
+        case TEXT:
+            if (!begins_text(first)) {
+                return ERROR("parameter type mismatch: not text: offset=%08X, code=%02X, param=%08X, %02X",
+                             start, code, block.cursor, first);
+            }
+            if (failed(add_code_offset(script, block.cursor, TEXT))) return result::failed;
+            return walk_text(block);
+        case BYTE:
+            if (failed(add_number(block, start, code, BYTE, 1))) return result::failed;
+            if (code == OP_SIDENT) script.npc_id = first;
+            block.cursor += 1;
+            return result::ok;
+        case INT16:
+            if (failed(add_number(block, start, code, INT16, 2))) return result::failed;
+            block.cursor += 2;
+            return result::ok;
+        case INT32:
+            if (failed(add_number(block, start, code, INT32, 4))) return result::failed;
+            if (code == OP_JUMP && failed(add_jump_target(block))) return result::failed;
+            block.cursor += 4;
+            return result::ok;
+        case STR32:
+            if (first != OP_INT32) {
+                return ERROR("parameter is not 'int32': offset=%08X, code=%02X, param=%08X, %02X", start, code,
+                             block.cursor, first);
+            }
+            if (failed(add_number(block, start, code, STR32, 5))) return result::failed;
+            if (failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, block.cursor + 1))))) {
+                return result::failed;
+            }
+            block.cursor += 5;
+            return result::ok;
+        case VARIABLE: {
+            const auto behind = parse_var_1(script, block.cursor);
+            if (!behind) return result::failed;
+            block.cursor = *behind;
+            return result::ok;
+        }
+        case VALUE:
+            return walk_expression_operand(block);
+        default:
+            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
+    }
+}
+
+// ":=" and a value, which may follow the operand of "decl".
+result walk_assignment(walk& block) {
+    const std::int32_t start = block.cursor;
+    if (failed(add_code_offset(block.script, start, ASSIGN))) return result::failed;
+    ++block.cursor;
+    if (at_end(block)) return ERROR("assign without value: offset=%08X, code=%02X", start, OP_ASSIGN);
+    return walk_expression_operand(block);
+}
+
+// Any statement that opens no block: its opcode, then its operands.
+result walk_statement(walk& block, std::uint8_t code) {
+    const std::int32_t start = block.cursor;
+    DEBUG("other CODE: offset=%08X, code=%02X", start, code);
+    if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
+    ++block.cursor;
+    for (std::int32_t k = 0; k < code_info[code].num_params; ++k) {
+        if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", start, code);
+        if (failed(walk_operand(block, start, code, k))) return result::failed;
+    }
+    if (code == OP_DECL && !at_end(block) && byte_at_cursor(block) == OP_ASSIGN) return walk_assignment(block);
+    return result::ok;
+}
+
+// An expression that stands as a statement. One that fails may turn out to be a data block.
+result walk_expression(walk& block) {
+    DEBUG("EXPR: offset=%08X", block.cursor);
+    if (failed(walk_expression_operand(block)) && failed(recover_as_data_block(block.script, block.cursor))) {
+        return result::failed;
+    }
+    DEBUG("EXPR END: offset=%08X", block.cursor);
+    return result::ok;
+}
+
+// One step of a walk: whatever begins with the byte `code` at the cursor.
+result walk_step(walk& block, std::uint8_t code) {
+    switch (code_types[code]) {
+        case TEXT:
+        case MB_IN:
+            return walk_text_run(block);
+        case STATEMENT:
+            if (code == OP_IF) return walk_if(block);
+            if (code == OP_KEYWORDS) return walk_keywords_chain(block);
+            return walk_statement(block, code);
+        default:
+            return walk_expression(block);
+    }
+}
+
+// At a data block start. Returns whether the walk goes on, at another offset.
+bool walk_past_data_block(walk& block) {
+    INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
+    if (block.kind.parent != 0) {
+        INFORMATION(1, "return to parent: parent=%02X", block.kind.parent);
+        return false;
+    }
+    const auto target = take_open_target(block.shared);
+    if (!target) return false;
+    block.cursor = *target;
+    INFORMATION(1, "next offset=%08X", block.cursor);
+    return true;
+}
+
+// Walks to the byte that closes the block, a data block or the script's end.
+result walk_block(walk& block) {
+    const auto [parent, grandparent] = block.kind;
+    DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent, grandparent);
+    while (!at_end(block)) {
+        if (offset_table_find(block.script.data_offset_table, block.cursor)) {
+            if (!walk_past_data_block(block)) break;
+            continue;
+        }
+        const std::uint8_t code = byte_at_cursor(block);
+        if (closes_block(code, block.kind)) {
+            DEBUG("return to parent: offset=%08X, code=%02X, parent=%02X, %02X", block.cursor, code, parent,
+                  grandparent);
+            break;
+        }
+        if (failed(walk_step(block, code))) return result::failed;
+    }
+    if (block.cursor > block.script.data_size) {
+        return ERROR("buffer overrun: offset=%08X, data_size=%08X", block.cursor, block.script.data_size);
+    }
+    DEBUG("parse_conv_1(*, *, *, %02X, %02X) return", parent, grandparent);
+    return result::ok;
+}
+
+}  // namespace
+
+result parse_conv_1(conv& script) {
+    walker shared = {script, {}, 0};
+    walk top_level = {shared, script, 0, {}};
+    return walk_block(top_level);
+}

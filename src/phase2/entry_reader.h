@@ -1,0 +1,28 @@
+// Phase 2: reads the code offset table from its first entry to its last.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "model/conv.h"
+
+inline constexpr int no_code = -1;
+
+// Stands on one entry, or behind the last one. An entry outside the script has no code, so that
+// it matches no opcode.
+struct entry_reader {
+    const conv& script;
+    bool at_end = true;
+    std::int32_t index = 0;  // how many entries come before
+    std::int32_t offset = 0;
+    code_type type = NONE;
+    int code = no_code;  // the script byte at `offset`
+};
+
+entry_reader read_first_entry(const conv& script);
+void advance(entry_reader& entry);
+
+// The code as messages and nodes show it.
+inline std::uint8_t shown_code(const entry_reader& entry) {
+    return entry.code == no_code ? std::uint8_t{0} : static_cast<std::uint8_t>(entry.code);
+}

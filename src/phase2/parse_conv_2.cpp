@@ -1,0 +1,375 @@
+#include "phase2/parse_conv_2.h"
+
+#include "base/diagnostics.h"
+#include "model/block.h"
+#include "phase2/parse_expr_2.h"
+
+namespace {
+
+struct walker {
+    conv& script;
+    inst_tree& tree;
+    entry_reader entry;  // the next entry to consume
+    expr_builder expressions;
+    int depth = 0;
+};
+
+// One walk: the top level or a sub block.
+struct walk {
+    walker& shared;
+    inst_index owner;  // whose sub block the list is; no_inst at the top level
+    block_kind kind;
+    inst_index last = no_inst;  // the node linked last
+};
+
+result walk_block(walk& block);
+
+void link(walk& block, inst_index node) {
+    inst_tree& tree = block.shared.tree;
+    if (block.last != no_inst) {
+        tree.nodes[block.last].next = node;
+    } else if (block.owner != no_inst) {
+        tree.nodes[block.owner].subblock = node;
+    } else {
+        tree.root = node;
+    }
+    block.last = node;
+}
+
+// Makes a node of the entry, links it and moves on.
+inst_index take_node(walk& block, code_type type, std::uint8_t code) {
+    walker& shared = block.shared;
+    const inst_index node = inst_new(shared.tree, shared.entry.offset, type, code);
+    if (node == no_inst) return no_inst;
+    link(block, node);
+    advance(shared.entry);
+    return node;
+}
+
+inst_index take_node(walk& block) {
+    return take_node(block, block.shared.entry.type, shown_code(block.shared.entry));
+}
+
+void trace_node(const walker& shared, const char* what, inst_index index) {
+    const inst& node = shared.tree.nodes[index];
+    TRACE("%s: offset=%08X, code=%02X, type=%02X", what, node.offset, node.code, node.type);
+}
+
+void trace_sub_block(const walker& shared, const char* what, inst_index owner) {
+    if (!verbose(2)) return;
+    const inst_index first = shared.tree.nodes[owner].subblock;
+    if (first != no_inst) trace_node(shared, what, first);
+    for (inst_index node = first; node != no_inst; node = shared.tree.nodes[node].next) {
+        trace_node(shared, "parse_conv_2(): SUB BLOCK", node);
+    }
+}
+
+// Walks the sub block of `owner`. `last` receives the node linked last, if any. A failure is
+// reported with `context`, an offset that tells which statement's sub block it was.
+result walk_sub_block(walker& shared, inst_index owner, block_kind kind, std::int32_t context, inst_index& last) {
+    walk inner = {shared, owner, kind};
+    if (shared.depth == max_nesting) {
+        (void)ERROR("nesting too deep: offset=%08X", context);
+        return ERROR("parse sub block error: offset=%08X", context);
+    }
+    ++shared.depth;
+    const result outcome = walk_block(inner);
+    --shared.depth;
+    if (failed(outcome)) return ERROR("parse sub block error: offset=%08X", context);
+    last = inner.last;
+    return result::ok;
+}
+
+// A text run or the text of an operand at the entry.
+operand text_operand(const walker& shared) {
+    const std::int32_t offset = shared.entry.offset;
+    return {offset, static_cast<std::uint32_t>(conv_span_end(shared.script, offset)), TEXT};
+}
+
+result walk_text_run(walk& block) {
+    walker& shared = block.shared;
+    const operand text = text_operand(shared);
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): TEXT", node);
+    if (failed(inst_add_param(shared.tree, node, text))) return result::failed;
+    shared.tree.nodes[node].num_params = 0;
+    return result::ok;
+}
+
+result missing_endif() { return ERROR("'endif' not found"); }
+
+// The branch below an if or else node, up to the entry that closes it.
+result walk_branch(walk& block, inst_index owner, opcode code, const char* trace) {
+    walker& shared = block.shared;
+    inst_index last = no_inst;
+    if (failed(walk_sub_block(shared, owner, {code, 0}, shared.tree.nodes[owner].offset, last))) {
+        return result::failed;
+    }
+    trace_sub_block(shared, trace, owner);
+    return shared.entry.at_end ? missing_endif() : result::ok;
+}
+
+result walk_if(walk& block) {
+    walker& shared = block.shared;
+    const std::int32_t start = shared.entry.offset;
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): IF", node);
+
+    const std::int32_t condition_offset = shared.entry.offset;
+    const auto condition = parse_eval_2(shared.expressions, shared.entry);
+    if (!condition) return ERROR("parse conditon error: offset=%08X", start);
+    if (failed(inst_add_param(shared.tree, node, {condition_offset, *condition, VALUE}))) return result::failed;
+    if (shared.entry.at_end) return ERROR("can't get sub block: offset=%08X", start);
+    if (failed(walk_branch(block, node, OP_IF, "parse_conv_2(): IF: SUB BLOCK"))) return result::failed;
+
+    if (shared.entry.code == OP_ELSE) {
+        const inst_index node_of_else = take_node(block);
+        if (node_of_else == no_inst) return result::failed;
+        trace_node(shared, "parse_conv_2(): ELSE", node_of_else);
+        if (shared.entry.at_end) return missing_endif();
+        if (failed(walk_branch(block, node_of_else, OP_ELSE, "parse_conv_2(): ELSE: SUB BLOCK"))) {
+            return result::failed;
+        }
+    }
+
+    if (shared.entry.code != OP_ENDIF) return missing_endif();
+    const inst_index node_of_endif = take_node(block);
+    if (node_of_endif == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): ENDIF", node_of_endif);
+    return result::ok;
+}
+
+result missing_param(const inst& node, std::int32_t k) {
+    return ERROR("parameter not found: offset=%08X, code=%02X, type=%02X, param=%d", node.offset, node.code,
+                 node.type, k);
+}
+
+// One keywords statement with its text and answer. `answer` receives the answer so far.
+result walk_keywords(walk& block, inst_index& keywords, walk& answer) {
+    walker& shared = block.shared;
+    keywords = take_node(block);
+    if (keywords == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): KEYWORDS", keywords);
+    const std::int32_t start = shared.tree.nodes[keywords].offset;
+    const entry_reader& entry = shared.entry;
+    if (entry.at_end) return ERROR("keywords not found: offset=%08X", start);
+    if (entry.type != TEXT && entry.type != MB_IN) {
+        return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry), entry.type);
+    }
+    const operand text = text_operand(shared);
+    if (failed(inst_add_param(shared.tree, keywords, text))) return result::failed;
+    advance(shared.entry);
+    if (entry.at_end) return ERROR("keywords without answer: offset=%08X", start);
+
+    answer.owner = keywords;
+    answer.last = no_inst;
+    answer.kind = {OP_KEYWORDS, block.kind.parent};
+    if (failed(walk_sub_block(shared, keywords, answer.kind, text.offset, answer.last))) return result::failed;
+    trace_sub_block(shared, "parse_conv_2(): KEYWORDS: SUB BLOCK", keywords);
+    return result::ok;
+}
+
+// The jump or bye that ends an answer becomes the answer's last node.
+result walk_exit_of_answer(walk& answer) {
+    walker& shared = answer.shared;
+    const inst_index exit = take_node(answer);
+    if (exit == no_inst) return result::failed;
+    const inst& keywords = shared.tree.nodes[answer.owner];
+    const std::int32_t offset = shared.tree.nodes[exit].offset;
+    if (shared.tree.nodes[exit].code == OP_BYE) {
+        INFORMATION(2, "'keywards' break by 'bye': offset=%08X, %08X", keywords.offset, offset);
+        return result::ok;
+    }
+    INFORMATION(2, "'keywards' break by 'jump': offset=%08X, %08X", keywords.offset, offset);
+    if (shared.entry.at_end) return missing_param(keywords, 0);
+    const std::int32_t target_offset = shared.entry.offset;
+    const std::uint32_t target = conv_int32(shared.script, target_offset);
+    advance(shared.entry);
+    return inst_add_param(shared.tree, exit, {target_offset, target, code_info[OP_JUMP].params[0].type});
+}
+
+result walk_end_of_chain(walk& block, bool has_exit) {
+    const entry_reader& entry = block.shared.entry;
+    if (entry.at_end) {
+        WARNING("'endanswer' not found: end of buffer");
+        return result::ok;
+    }
+    if (entry.code == OP_ENDANSWER) {
+        const inst_index node = take_node(block);
+        if (node == no_inst) return result::failed;
+        trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
+        return result::ok;
+    }
+    if (has_exit || closes_branch(entry.code, block.kind.parent) || entry.type == DATA) {
+        WARNING("'endanswer' not found ... ignore");
+        return result::ok;
+    }
+    return ERROR("'endanswer' not found: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry),
+                 entry.type);
+}
+
+result walk_keywords_chain(walk& block) {
+    walker& shared = block.shared;
+    bool has_exit = false;  // a jump or bye ended one of the answers
+    do {
+        inst_index keywords = no_inst;
+        walk answer = {shared, no_inst, {}};
+        if (failed(walk_keywords(block, keywords, answer))) return result::failed;
+        if (shared.entry.code == OP_JUMP || shared.entry.code == OP_BYE) {
+            has_exit = true;
+            if (failed(walk_exit_of_answer(answer))) return result::failed;
+        }
+    } while (!shared.entry.at_end && shared.entry.code == OP_KEYWORDS);
+    return walk_end_of_chain(block, has_exit);
+}
+
+// Operand `k` of the node, from the entry on.
+result walk_operand(walker& shared, inst_index node, std::int32_t k) {
+    const std::uint8_t code = shared.tree.nodes[node].code;
+    const std::int32_t offset = shared.entry.offset;
+    operand param = {offset, 0, code_info[code].params[static_cast<std::size_t>(k)].type};
+    switch (param.type) {
+        case BYTE:
+            param.value = conv_byte(shared.script, offset);
+            advance(shared.entry);
+            break;
+        case INT16:
+            param.value = conv_int16(shared.script, offset);
+            advance(shared.entry);
+            break;
+        case INT32:
+            param.value = conv_int32(shared.script, offset);
+            advance(shared.entry);
+            break;
+        case STR32:
+            param.value = conv_int32(shared.script, offset + 1);
+            advance(shared.entry);
+            break;
+        case TEXT:
+            param = text_operand(shared);
+            advance(shared.entry);
+            break;
+        case VARIABLE: {
+            const auto root = parse_var_2(shared.expressions, shared.entry);
+            if (!root) return ERROR("parse variable/data error: offset=%08X", offset);
+            param.value = *root;
+            break;
+        }
+        case VALUE: {
+            const auto root = parse_eval_2(shared.expressions, shared.entry);
+            if (!root) return ERROR("parse expression error: offset=%08X", offset);
+            param.value = *root;
+            break;
+        }
+        default:
+            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, param.type);
+    }
+    return inst_add_param(shared.tree, node, param);
+}
+
+// ":=" and a value behind the operand of a decl node.
+result walk_assignment(walker& shared, inst_index node) {
+    const std::int32_t start = shared.entry.offset;
+    if (failed(inst_add_param(shared.tree, node, {start, 0, ASSIGN}))) return result::failed;
+    advance(shared.entry);
+    if (shared.entry.at_end) return ERROR("assign without value: offset=%08X", start);
+    const std::int32_t value_offset = shared.entry.offset;
+    const auto value = parse_eval_2(shared.expressions, shared.entry);
+    if (!value) {
+        return ERROR("parse expression error: offset=%08X",
+                     inst_param(shared.tree, shared.tree.nodes[node], 0).offset);
+    }
+    return inst_add_param(shared.tree, node, {value_offset, *value, VALUE});
+}
+
+// Any statement that opens no block.
+result walk_statement(walk& block) {
+    walker& shared = block.shared;
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): other CODE", node);
+    const inst statement = shared.tree.nodes[node];
+    if (statement.code == OP_ENDIF) {
+        WARNING("'endif' without 'if': offset=%08X, code=%02X, type=%02X", statement.offset, statement.code,
+                statement.type);
+        options.endif_without_if = true;
+    }
+    for (std::int32_t k = 0; k < code_info[statement.code].num_params; ++k) {
+        if (shared.entry.at_end) return missing_param(statement, k);
+        if (failed(walk_operand(shared, node, k))) return result::failed;
+    }
+    if (statement.code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN) {
+        return walk_assignment(shared, node);
+    }
+    return result::ok;
+}
+
+// An expression that stands as a statement: a node of its "eval" at the expression's first byte
+// or, for an assignment, of the target's opcode. Either has the whole expression as its operand.
+result walk_expression(walk& block) {
+    walker& shared = block.shared;
+    TRACE("parse_conv_2(): EXPRESSION");
+    const std::int32_t start = shared.entry.offset;
+    const auto root = parse_eval_2(shared.expressions, shared.entry);
+    if (!root) return ERROR("parse expression error: offset=%08X", start);
+    const std::uint32_t assign = expr_assign(shared.tree, *root);
+    const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign + 1].offset;
+    const code_type type = assign == 0 ? OPERATOR : FUNCTION;
+    const std::uint8_t code = assign == 0 ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
+    const inst_index node = inst_new(shared.tree, offset, type, code);
+    if (node == no_inst) return result::failed;
+    link(block, node);
+    return inst_add_param(shared.tree, node, {start, *root, VALUE});
+}
+
+result walk_data_block(walk& block) {
+    const inst_index node = take_node(block, DATA, 0);
+    if (node == no_inst) return result::failed;
+    DEBUG("add data block: offset=%08X", block.shared.tree.nodes[node].offset);
+    return result::ok;
+}
+
+result walk_step(walk& block) {
+    const entry_reader& entry = block.shared.entry;
+    switch (entry.type) {
+        case TEXT:
+            return walk_text_run(block);
+        case STATEMENT:
+            if (entry.code == OP_IF) return walk_if(block);
+            if (entry.code == OP_KEYWORDS) return walk_keywords_chain(block);
+            return walk_statement(block);
+        default:
+            return walk_expression(block);
+    }
+}
+
+// Walks to the entry that closes the block, a data block or the table's end.
+result walk_block(walk& block) {
+    const entry_reader& entry = block.shared.entry;
+    while (!entry.at_end) {
+        if (entry.type == DATA) {
+            INFORMATION(1, "code break by data block: offset=%08X", entry.offset);
+            if (block.kind.parent != 0) {
+                INFORMATION(1, "return to parent: parent=%02X", block.kind.parent);
+                return result::ok;
+            }
+            if (failed(walk_data_block(block))) return result::failed;
+            continue;
+        }
+        if (closes_block(entry.code, block.kind)) return result::ok;
+        if (failed(walk_step(block))) return result::failed;
+    }
+    return result::ok;
+}
+
+}  // namespace
+
+result parse_conv_2(conv& script) {
+    walker shared = {script, script.tree, read_first_entry(script), {script, {}, {}}};
+    walk top_level = {shared, no_inst, {}};
+    const result outcome = walk_block(top_level);
+    script.tree.walked = static_cast<std::uint32_t>(script.tree.nodes.size());
+    return outcome;
+}

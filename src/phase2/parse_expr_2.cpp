@@ -1,0 +1,230 @@
+#include "phase2/parse_expr_2.h"
+
+#include "base/diagnostics.h"
+
+namespace {
+
+std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) {
+    return builder.entries[static_cast<std::size_t>(entry)];
+}
+
+code_type entry_type(const expr_builder& builder, std::int32_t entry) {
+    return offset_table_find(builder.script.code_offset_table, entry_offset(builder, entry)).value_or(NONE);
+}
+
+std::uint8_t entry_code(const expr_builder& builder, std::int32_t entry) {
+    return conv_byte(builder.script, entry_offset(builder, entry));
+}
+
+// Adds the item of an entry to the tree and returns its index.
+std::optional<std::uint32_t> add_item(expr_builder& builder, std::int32_t entry) {
+    inst_tree& tree = builder.script.tree;
+    if (failed(inst_add_item(tree, entry_offset(builder, entry)))) return std::nullopt;
+    return static_cast<std::uint32_t>(tree.items.size() - 1);
+}
+
+void close_extent(inst_tree& tree, std::uint32_t item) {
+    tree.items[item].extent = static_cast<std::uint32_t>(tree.items.size()) - item;
+}
+
+template <class T>
+result push(array<T>& items, const T& item) {
+    if (items.push_back(item)) return result::ok;
+    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
+}
+
+// How many operands the item at an entry takes.
+std::optional<std::int32_t> count_operands(const expr_builder& builder, std::int32_t start, std::int32_t entry) {
+    const std::uint8_t code = entry_code(builder, entry);
+    switch (entry_type(builder, entry)) {
+        case LITERAL:
+            if (code_info[code].type == LITERAL) return 0;
+            return ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry_offset(builder, entry), code);
+        case OPERATOR:
+        case FUNCTION:
+            return code_info[code].num_params;
+        case BYTE:
+            return 0;
+        default:
+            return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
+                         entry_offset(builder, entry), code);
+    }
+}
+
+// Every open item around a tree that failed reports its own failure, the innermost first.
+result fail_open_items(expr_builder& builder, std::int32_t start, std::int32_t failed_entry) {
+    while (!builder.open.empty()) {
+        (void)ERROR("parse expression error: offset=%08X-%08X", entry_offset(builder, start),
+                    entry_offset(builder, failed_entry));
+        failed_entry = builder.open.back().entry;
+        builder.open.pop_back();
+    }
+    return result::failed;
+}
+
+enum class next_step : std::uint8_t { descend, done, fail };
+
+// Closes the open items that have all their operands and takes byte operands of the innermost
+// other one, until an operand with a tree of its own comes next or the whole tree is done.
+next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t& entry) {
+    while (!builder.open.empty()) {
+        open_expr& top = builder.open.back();
+        if (top.missing == 0) {
+            close_extent(builder.script.tree, top.item);
+            builder.open.pop_back();
+            continue;
+        }
+        const std::uint8_t code = entry_code(builder, top.entry);
+        if (entry < start) {
+            (void)ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
+                        entry_offset(builder, top.entry), code);
+            return next_step::fail;
+        }
+        const std::int32_t k = --top.missing;
+        const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
+        if (type == VALUE) return next_step::descend;
+        if (type != BYTE) {
+            (void)ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
+            return next_step::fail;
+        }
+        if (!add_item(builder, entry)) return next_step::fail;
+        --entry;
+    }
+    return next_step::done;
+}
+
+// Builds the tree whose root is the entry `end`, reading entries backwards, down to `start` at
+// the lowest. Returns the entry just below the lowest one that the tree took.
+std::optional<std::int32_t> parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end) {
+    std::int32_t entry = end;
+    builder.open.truncate(0);
+    for (;;) {
+        const auto item = add_item(builder, entry);
+        if (!item) return std::nullopt;
+        const auto operands = count_operands(builder, start, entry);
+        if (!operands) {
+            (void)fail_open_items(builder, start, entry);
+            return std::nullopt;
+        }
+        if (*operands > 0 && failed(push(builder.open, {*item, entry, *operands}))) return std::nullopt;
+        --entry;
+        switch (take_operands(builder, start, entry)) {
+            case next_step::descend:
+                break;
+            case next_step::done:
+                return entry;
+            case next_step::fail: {
+                const std::int32_t failed_entry = builder.open.back().entry;
+                builder.open.pop_back();
+                (void)fail_open_items(builder, start, failed_entry);
+                return std::nullopt;
+            }
+        }
+    }
+}
+
+// Collects the entries up to the "eval" and moves behind it.
+result collect_expression(expr_builder& builder, entry_reader& entry) {
+    const std::int32_t first = entry.offset;
+    builder.entries.truncate(0);
+    while (!entry.at_end) {
+        if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
+        if (failed(push(builder.entries, entry.offset))) return result::failed;
+        const bool is_eval = entry.type == OPERATOR && entry.code == OP_EVAL;
+        advance(entry);
+        if (is_eval) return result::ok;
+    }
+    return ERROR("'eval' not found: offset=%08X", first);
+}
+
+// Collects the entries up to the reference's last one and moves behind it.
+result collect_reference(expr_builder& builder, entry_reader& entry) {
+    const std::int32_t first = entry.offset;
+    std::int32_t depth = 0;  // values on the evaluation stack
+    builder.entries.truncate(0);
+    for (; !entry.at_end; advance(entry)) {
+        if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
+        if (failed(push(builder.entries, entry.offset))) return result::failed;
+        if (entry.type == OPERATOR || entry.type == FUNCTION) {
+            depth -= code_info[shown_code(entry)].num_params;
+            if (depth < 0) {
+                return ERROR("can't find variable/data: stack exhausted: offset=%08X, %08X, code=%02X, type=%02X",
+                             first, entry.offset, shown_code(entry), entry.type);
+            }
+        }
+        if (entry.type == FUNCTION && is_reference(entry.code) && depth == 0) {
+            advance(entry);
+            return result::ok;
+        }
+        ++depth;
+    }
+    return ERROR("variable/data not found: offset=%08X", first);
+}
+
+// The ":=" at `assign` and the target before it; a value was built from the entries behind it.
+std::optional<std::int32_t> parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval) {
+    const auto item = add_item(builder, assign);
+    if (!item) return std::nullopt;
+    const std::int32_t target = assign - 1;
+    const auto rest = parse_expr_2(builder, 0, target);
+    if (!rest) {
+        return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0),
+                     entry_offset(builder, eval), entry_offset(builder, target));
+    }
+    close_extent(builder.script.tree, *item);
+    return rest;
+}
+
+bool is_assignment(const expr_builder& builder, std::int32_t assign) {
+    return assign >= 1 && entry_type(builder, assign) == ASSIGN && entry_code(builder, assign) == OP_ASSIGN &&
+           entry_type(builder, assign - 1) == FUNCTION && is_reference(entry_code(builder, assign - 1));
+}
+
+}  // namespace
+
+std::optional<std::uint32_t> parse_eval_2(expr_builder& builder, entry_reader& entry) {
+    TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
+          shown_code(entry), entry.type);
+    if (failed(collect_expression(builder, entry))) return std::nullopt;
+    const auto eval = static_cast<std::int32_t>(builder.entries.size() - 1);
+    const auto root = add_item(builder, eval);
+    if (!root) return std::nullopt;
+    const std::int32_t first_offset = entry_offset(builder, 0);
+    const std::int32_t eval_offset = entry_offset(builder, eval);
+    if (eval == 0) return ERROR("eval without expression: offset=%08X-%08X", first_offset, eval_offset);
+
+    auto rest = parse_expr_2(builder, 0, eval - 1);
+    if (!rest) {
+        return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
+                     entry_offset(builder, eval - 1));
+    }
+    if (is_assignment(builder, *rest)) {
+        rest = parse_assignment(builder, *rest, eval);
+        if (!rest) return std::nullopt;
+    }
+    if (*rest >= 0) {
+        return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, *rest), first_offset,
+                     eval_offset);
+    }
+    close_extent(builder.script.tree, *root);
+    return root;
+}
+
+std::optional<std::uint32_t> parse_var_2(expr_builder& builder, entry_reader& entry) {
+    TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
+          shown_code(entry), entry.type);
+    if (failed(collect_reference(builder, entry))) return std::nullopt;
+    const auto root = static_cast<std::uint32_t>(builder.script.tree.items.size());
+    const auto last = static_cast<std::int32_t>(builder.entries.size() - 1);
+    const std::int32_t first_offset = entry_offset(builder, 0);
+    const std::int32_t last_offset = entry_offset(builder, last);
+    const auto rest = parse_expr_2(builder, 0, last);
+    if (!rest) {
+        return ERROR("parse variable/data error: offset=%08X-%08X", first_offset, last_offset);
+    }
+    if (*rest >= 0) {
+        return ERROR("parse variable/data error: offset=%08X, %08X-%08X", entry_offset(builder, *rest),
+                     first_offset, last_offset);
+    }
+    return root;
+}

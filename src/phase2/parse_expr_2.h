@@ -1,0 +1,30 @@
+// Phase 2: builds the trees of postfix expressions.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "phase2/entry_reader.h"
+
+// An operator or function that still waits for operands.
+struct open_expr {
+    std::uint32_t item;   // in the tree
+    std::int32_t entry;   // among the expression's entries
+    std::int32_t missing; // operands not taken yet, the first ones
+};
+
+// What the builders work with; kept from one expression to the next for its memory.
+struct expr_builder {
+    conv& script;
+    array<std::int32_t> entries;  // offsets of the expression's entries, in script order
+    array<open_expr> open;
+};
+
+// Both build the tree of the expression whose first entry is `entry` and move `entry` behind its
+// last one. They return the tree's root item, or nothing after their ERROR lines.
+
+// An expression up to its "eval": a value, or a target, ":=" and a value.
+std::optional<std::uint32_t> parse_eval_2(expr_builder& builder, entry_reader& entry);
+
+// A variable reference, up to the "$var", "$str" or "data" that closes it.
+std::optional<std::uint32_t> parse_var_2(expr_builder& builder, entry_reader& entry);

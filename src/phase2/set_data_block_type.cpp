@@ -1,0 +1,131 @@
+#include "base/diagnostics.h"
+#include "phase2/data_block.h"
+
+namespace {
+
+// A tree still to be visited. In a text context a data block that it names holds texts.
+struct pending_expr {
+    std::uint32_t item;
+    bool text_context;
+};
+
+struct typer {
+    conv& script;
+    inst_tree& tree;
+    array<pending_expr> pending;
+};
+
+std::uint8_t item_code(const typer& typing, std::uint32_t item) {
+    return conv_byte(typing.script, typing.tree.items[item].offset);
+}
+
+result type_block(typer& typing, std::uint32_t block_offset, bool is_text) {
+    const auto offset = static_cast<std::int32_t>(block_offset);
+    const code_type wanted = is_text ? DATA_TEXT : DATA_INT16;
+    const inst_index index = inst_find(typing.tree, offset);
+    if (index == no_inst) return ERROR("BUG: can't find data block: offset=%08X", offset);
+    inst& block = typing.tree.nodes[index];
+    if (block.type == wanted) return result::ok;
+    if (block.type != DATA) {
+        return ERROR("BUG: illegal data block offset: offset=%08X, type=%02X, %02X", offset, block.type, wanted);
+    }
+    INFORMATION(1, "change data block type: offset=%08X, type=%02X -> %02X", offset, DATA, wanted);
+    block.type = wanted;
+    return result::ok;
+}
+
+result visit_later(typer& typing, std::uint32_t item, bool text_context) {
+    if (typing.pending.push_back({item, text_context})) return result::ok;
+    return ERROR("memory exhausted! (size=%zu)", typing.pending.growth_bytes());
+}
+
+// Whether operand `k` of an operator or function holds texts. `other` is the code of the other
+// operand's root where there are two.
+bool is_text_operand(std::uint8_t code, std::int32_t k, bool text_context, std::uint8_t other) {
+    switch (code) {
+        case OP_NOT_EQUAL:
+        case OP_EQUAL:
+            return other == OP_STR;
+        case OP_INDEXOF:
+            return true;
+        case OP_DATA:
+            return k == 0 && text_context;
+        case OP_EVAL:
+            return text_context;
+        default:
+            return false;
+    }
+}
+
+// Plans the visit of an operator's or function's operands, so that the first comes first.
+result visit_operands(typer& typing, const pending_expr& expr, std::uint8_t code) {
+    const code_info_entry& info = code_info[code];
+    std::uint32_t operand_item = expr.item + 1;  // the last operand comes first in the tree
+    const std::uint32_t before_last = operand_item + typing.tree.items[operand_item].extent;
+    for (std::int32_t k = info.num_params - 1; k >= 0; --k) {
+        const bool has_other = info.num_params == 2;
+        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : expr.item + 1) : std::uint8_t{0};
+        if (info.params[static_cast<std::size_t>(k)].type == VALUE &&
+            failed(visit_later(typing, operand_item, is_text_operand(code, k, expr.text_context, other)))) {
+            return result::failed;
+        }
+        operand_item += typing.tree.items[operand_item].extent;
+    }
+    return result::ok;
+}
+
+result visit_item(typer& typing, const pending_expr& expr) {
+    const std::int32_t offset = typing.tree.items[expr.item].offset;
+    const std::uint8_t code = conv_byte(typing.script, offset);
+    switch (*offset_table_find(typing.script.code_offset_table, offset)) {
+        case LITERAL:
+            if (code != OP_INT32) return result::ok;
+            return type_block(typing, conv_int32(typing.script, offset + 1), expr.text_context);
+        case OPERATOR:
+        case FUNCTION: {
+            const std::uint32_t assign = code == OP_EVAL ? expr_assign(typing.tree, expr.item) : 0;
+            // Of an assignment only the target is visited.
+            if (assign != 0) return visit_later(typing, assign + 1, expr.text_context);
+            if (code_info[code].num_params == 0) return result::ok;
+            return visit_operands(typing, expr, code);
+        }
+        default:
+            return result::ok;
+    }
+}
+
+result type_expression(typer& typing, std::uint32_t root, bool text_context) {
+    if (failed(visit_later(typing, root, text_context))) return result::failed;
+    while (!typing.pending.empty()) {
+        const pending_expr expr = typing.pending.back();
+        typing.pending.pop_back();
+        if (failed(visit_item(typing, expr))) return result::failed;
+    }
+    return result::ok;
+}
+
+result type_operands(typer& typing, const inst& node) {
+    for (std::uint32_t k = 0; k < node.num_params; ++k) {
+        const operand param = inst_param(typing.tree, node, k);
+        if (param.type == STR32 || param.type == INT32) {
+            if (failed(type_block(typing, param.value, param.type == STR32))) return result::failed;
+        } else if (param.type == VALUE) {
+            const bool is_value_of_str = node.code == OP_DECL && k == 2 &&
+                                         item_code(typing, inst_param(typing.tree, node, 0).value) == OP_STR;
+            if (failed(type_expression(typing, param.value, is_value_of_str))) return result::failed;
+        }
+    }
+    return result::ok;
+}
+
+}  // namespace
+
+result set_data_block_type(conv& script) {
+    typer typing = {script, script.tree, {}};
+    // The nodes stand in the order of the listing, each before its sub block. A jump's operand is
+    // no data block.
+    for (const inst& node : script.tree.nodes) {
+        if (node.code != OP_JUMP && failed(type_operands(typing, node))) return result::failed;
+    }
+    return result::ok;
+}
