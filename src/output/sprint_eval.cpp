@@ -226,7 +226,7 @@ result sprint_eval(listing& print, std::uint32_t root) {
         render.pieces.pop_back();
         has_memory = render_piece(render, piece);
     }
-    if (!has_memory) return ERROR("memory exhausted! (size=%zu)", render.pieces.growth_bytes());
+    if (!has_memory) return ERROR("memory exhausted! (strdup)");
     print.out.advance(render.text.end);
     return result::ok;
 }

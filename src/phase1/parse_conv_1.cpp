@@ -146,7 +146,7 @@ result walk_keywords(walk& block, std::int32_t start) {
     if (failed(walk_text(block))) return result::failed;
     DEBUG("KEYWORDS: sub block: offset=%08X", block.cursor);
     if (at_end(block)) {
-        return ERROR("keywords without answer: offset=%08X, code=%02X", start, OP_KEYWORDS);
+        return ERROR("keywards without answer: offset=%08X, code=%02X", start, OP_KEYWORDS);
     }
     return walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent});
 }
