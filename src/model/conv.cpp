@@ -39,11 +39,10 @@ std::uint32_t conv_number(const conv& script, std::int32_t offset, int bytes) {
     return number;
 }
 
-std::int32_t conv_span_end(const conv& script, std::int32_t offset) {
-    if (!conv_has(script, offset)) return offset;
-    const auto code = offset_table_first_above(script.code_offset_table, offset);
-    const auto data = offset_table_first_above(script.data_offset_table, offset);
-    return std::min({code.value_or(script.data_size), data.value_or(script.data_size), script.data_size});
+std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end) {
+    end = std::min(end, script.data_size);
+    if (!conv_has(script, start) || end <= start) return {};
+    return {script.buffer.data() + start, static_cast<std::size_t>(end - start)};
 }
 
 result add_code_offset(conv& script, std::int32_t offset, code_type type) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "base/array.h"
 #include "model/inst.h"
@@ -52,9 +53,8 @@ inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) {
     return conv_number(script, offset, 4);
 }
 
-// Where the text or string operand at `offset` ends: at the next position in the code or data
-// offset table, at the script's end at the latest. Outside the script that is `offset` itself.
-std::int32_t conv_span_end(const conv& script, std::int32_t offset);
+// The bytes from `start` up to `end`, as far as they lie inside the script.
+std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end);
 
 // Adds an entry to one of the script's tables; a failure is reported with the table's name.
 result add_code_offset(conv& script, std::int32_t offset, code_type type);

@@ -41,10 +41,7 @@ result inst_add_item(inst_tree& tree, std::int32_t offset) {
     return add(tree.items, {.offset = offset});
 }
 
-operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k) {
-    if (node.params == no_params) return {};
-    return tree.operands[node.params + k];
-}
+result inst_add_block_user(inst_tree& tree, inst_index node) { return add(tree.block_users, node); }
 
 inst_index inst_find(const inst_tree& tree, std::int32_t offset) {
     const inst_index walked = find_in_run(tree, 0, tree.walked, offset);

@@ -54,6 +54,7 @@ struct inst_tree {
     array<inst> nodes;
     array<operand> operands;
     array<expr_item> items;
+    array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
@@ -65,8 +66,14 @@ result inst_add_param(inst_tree& tree, inst_index node, const operand& param);
 // Adds an expression item, the same failure.
 result inst_add_item(inst_tree& tree, std::int32_t offset);
 
+// Notes that the node's operands may name data blocks; the same failure.
+result inst_add_block_user(inst_tree& tree, inst_index node);
+
 // Operand `k` of a node, all zero when the node has none.
-operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k);
+inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k) {
+    if (node.params == no_params) return {};
+    return tree.operands[node.params + k];
+}
 
 // The node with this offset, or no_inst.
 inst_index inst_find(const inst_tree& tree, std::int32_t offset);

@@ -1,8 +1,6 @@
 #include "model/offset_table.h"
 
 #include <algorithm>
-#include <bit>
-#include <limits>
 
 #include "base/diagnostics.h"
 
@@ -16,35 +14,13 @@ bool is_marked(const offset_table& table, std::int32_t offset) {
     return ((*table.inside)[static_cast<std::size_t>(offset)] & table.bits.mask) != 0;
 }
 
-code_type marked_type(const offset_table& table, std::int32_t offset) {
-    const unsigned mark = (*table.inside)[static_cast<std::size_t>(offset)];
-    const unsigned stored = (mark & table.bits.mask) >> table.bits.shift;
-    return static_cast<code_type>(table.bits.first_type + stored - 1);
-}
-
-void set_mark(const offset_table& table, std::int32_t offset, code_type type) {
-    std::uint8_t& mark = (*table.inside)[static_cast<std::size_t>(offset)];
-    const unsigned stored = (static_cast<unsigned>(type) - table.bits.first_type + 1) << table.bits.shift;
-    mark = static_cast<std::uint8_t>((mark & ~table.bits.mask) | stored);
-}
-
-// The marks are read eight at a time, little end first.
-constexpr std::int32_t word_size = 8;
-
-std::uint64_t marked_bytes(const offset_table& table, std::int32_t offset) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, table.inside->data() + offset, word_size);
-    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-    return word & (0x0101010101010101U * table.bits.mask);
-}
-
 // The lowest marked offset at or above `offset`, else script_size.
 std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return table.script_size;
-    while (table.script_size - offset >= word_size) {
-        const std::uint64_t word = marked_bytes(table, offset);
+    while (table.script_size - offset >= marks_per_word) {
+        const std::uint64_t word = entries_in_word(table, offset);
         if (word != 0) return offset + std::countr_zero(word) / 8;
-        offset += word_size;
+        offset += marks_per_word;
     }
     while (offset < table.script_size && !is_marked(table, offset)) ++offset;
     return offset;
@@ -53,10 +29,10 @@ std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
 // The highest marked offset below `offset`, else -1.
 std::int32_t previous_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return -1;
-    while (offset >= word_size) {
-        const std::uint64_t word = marked_bytes(table, offset - word_size);
+    while (offset >= marks_per_word) {
+        const std::uint64_t word = entries_in_word(table, offset - marks_per_word);
         if (word != 0) return offset - 1 - std::countl_zero(word) / 8;
-        offset -= word_size;
+        offset -= marks_per_word;
     }
     do --offset;
     while (offset >= 0 && !is_marked(table, offset));
@@ -141,22 +117,19 @@ void offset_table_free(offset_table& table) {
     table.settled = true;
 }
 
-result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
+result add_or_retype(offset_table& table, std::int32_t offset, code_type type) {
     if (!is_inside(table, offset)) return add_outside(table, offset, type);
-    if (table.inside->empty() && failed(allocate_marks(table))) return result::failed;
-    if (is_marked(table, offset)) {
-        const code_type stored = marked_type(table, offset);
-        if (stored == type || !gives_way(stored, offset, type)) return result::ok;
+    if (table.inside->empty()) {
+        if (failed(allocate_marks(table))) return result::failed;
+        return offset_table_add(table, offset, type);
     }
-    set_mark(table, offset, type);
-    return result::ok;
+    const auto stored = offset_table_find(table, offset);
+    if (*stored == type || !gives_way(*stored, offset, type)) return result::ok;
+    (*table.inside)[static_cast<std::size_t>(offset)] &= static_cast<std::uint8_t>(~table.bits.mask);
+    return offset_table_add(table, offset, type);
 }
 
-std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
-    if (is_inside(table, offset)) {
-        if (table.inside->empty() || !is_marked(table, offset)) return std::nullopt;
-        return marked_type(table, offset);
-    }
+std::optional<code_type> find_outside(const offset_table& table, std::int32_t offset) {
     const array<std::int32_t>& outside = settled_outside(table);
     if (!std::binary_search(outside.begin(), outside.end(), offset)) return std::nullopt;
     return outside_type(table);
@@ -168,10 +141,10 @@ std::optional<std::int32_t> offset_table_first(const offset_table& table) {
     return offset_table_first_above(table, lowest);
 }
 
-std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset) {
+std::int64_t find_first_above(const offset_table& table, std::int32_t offset) {
     if (offset < 0) {
         const auto below_script = outside_above(table, offset);
-        if (below_script && *below_script < 0) return below_script;
+        if (below_script && *below_script < 0) return *below_script;
         offset = -1;
     }
     if (offset < table.script_size - 1) {
@@ -179,7 +152,8 @@ std::optional<std::int32_t> offset_table_first_above(const offset_table& table, 
         if (offset < table.script_size) return offset;
         --offset;
     }
-    return outside_above(table, offset);
+    const auto above_script = outside_above(table, offset);
+    return above_script ? *above_script : std::numeric_limits<std::int64_t>::max();
 }
 
 std::optional<std::int32_t> offset_table_last_below(const offset_table& table, std::int32_t offset) {

@@ -5,7 +5,10 @@
 // at a time. Offsets outside the script are recorded as read, in a list of each table's own.
 #pragma once
 
+#include <bit>
 #include <cstdint>
+#include <cstring>
+#include <limits>
 #include <optional>
 
 #include "base/array.h"
@@ -30,8 +33,8 @@ using marks = array<std::uint8_t>;
 struct offset_table {
     mark_bits bits;
     std::int32_t script_size = 0;
-    marks* inside = nullptr;               // shared with the script's other tables
-    mutable array<std::int32_t> outside;   // offsets outside the script; in order while settled
+    marks* inside = nullptr;              // shared by the script's tables; empty before the first entry
+    mutable array<std::int32_t> outside;  // offsets outside the script; in order while settled
     mutable bool settled = true;
 };
 
@@ -45,17 +48,62 @@ void offset_table_free(offset_table& table);
 // when the two differ, except that NONE gives way to any type and DATA to DATA_TEXT or
 // DATA_INT16. Outside the script every entry has the table's first type or, in the code table,
 // DATA. Fails, after its message, only when memory runs out.
-result offset_table_add(offset_table& table, std::int32_t offset, code_type type);
+inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type);
 
 // The type recorded at exactly this offset, if any.
-std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset);
+inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset);
 
 // The offsets of the table's lowest entry and of the nearest entries below and above an offset.
 std::optional<std::int32_t> offset_table_first(const offset_table& table);
 std::optional<std::int32_t> offset_table_last_below(const offset_table& table, std::int32_t offset);
-std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset);
+inline std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset);
 
 std::int32_t offset_table_count(const offset_table& table);
 
 // Drops every entry at or above `offset`, which lies inside the script.
 void offset_table_truncate(offset_table& table, std::int32_t offset);
+
+// What follows is the part of the operations above that nearly every call comes down to.
+
+// The bytes of a mark word, eight marks read little end first, that hold an entry of the table.
+inline constexpr std::int32_t marks_per_word = 8;
+inline std::uint64_t entries_in_word(const offset_table& table, std::int32_t offset) {
+    std::uint64_t word = 0;
+    std::memcpy(&word, table.inside->data() + offset, marks_per_word);
+    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
+    return word & (0x0101010101010101U * table.bits.mask);
+}
+
+result add_or_retype(offset_table& table, std::int32_t offset, code_type type);
+std::optional<code_type> find_outside(const offset_table& table, std::int32_t offset);
+// INT64_MAX when there is none.
+std::int64_t find_first_above(const offset_table& table, std::int32_t offset);
+
+inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
+    const auto position = static_cast<std::uint32_t>(offset);
+    if (position >= table.inside->size()) [[unlikely]] return find_outside(table, offset);
+    const unsigned stored = static_cast<unsigned>((*table.inside)[position] & table.bits.mask) >> table.bits.shift;
+    if (stored == 0) return std::nullopt;
+    return static_cast<code_type>(table.bits.first_type + stored - 1);
+}
+
+inline std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset) {
+    // The nearest entry is most often among the next eight bytes.
+    if (offset >= 0 && static_cast<std::size_t>(offset) + marks_per_word < table.inside->size()) {
+        const std::uint64_t word = entries_in_word(table, offset + 1);
+        if (word != 0) return offset + 1 + std::countr_zero(word) / 8;
+    }
+    const std::int64_t above = find_first_above(table, offset);
+    if (above == std::numeric_limits<std::int64_t>::max()) return std::nullopt;
+    return static_cast<std::int32_t>(above);
+}
+
+inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
+    const auto position = static_cast<std::uint32_t>(offset);
+    if (position >= table.inside->size()) [[unlikely]] return add_or_retype(table, offset, type);
+    std::uint8_t& mark = (*table.inside)[position];
+    if ((mark & table.bits.mask) != 0) return add_or_retype(table, offset, type);
+    const unsigned stored = static_cast<unsigned>(type) - table.bits.first_type + 1;
+    mark = static_cast<std::uint8_t>(mark | stored << table.bits.shift);
+    return result::ok;
+}

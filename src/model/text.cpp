@@ -2,27 +2,25 @@
 
 #include "base/diagnostics.h"
 
-std::optional<std::int32_t> text_length(const conv& script, std::int32_t start, std::int32_t end) {
-    bool in_passage = false;
-    std::int32_t position = start;
-    while (position < end) {
-        const std::uint8_t byte = conv_byte(script, position);
-        if (!in_passage) {
-            const code_type type = code_types[byte];
-            if (type != TEXT && type != MB_IN) break;
-            in_passage = type == MB_IN;
-        } else if (code_types[byte] == MB_OUT) {
-            in_passage = false;
-        } else if (is_lead_byte(byte)) {
-            if (end - position < 2 || !is_trail_byte(conv_byte(script, position + 1))) {
-                return report_malformed_text(script, position, end);
+result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
+    const std::span<const std::uint8_t> bytes = conv_bytes(script, start, end);
+    std::size_t position = 0;
+    for (;;) {
+        while (position < bytes.size() && code_types[bytes[position]] == TEXT) ++position;
+        if (position == bytes.size() || code_types[bytes[position]] != MB_IN) break;
+        // A passage, up to its "}".
+        for (++position; position < bytes.size() && code_types[bytes[position]] != MB_OUT; ++position) {
+            if (!is_lead_byte(bytes[position])) continue;
+            if (bytes.size() - position < 2 || !is_trail_byte(bytes[position + 1])) {
+                return report_malformed_text(script, start + static_cast<std::int32_t>(position), end);
             }
             ++position;
         }
+        if (position == bytes.size()) return report_malformed_text(script, start, end);
         ++position;
     }
-    if (in_passage) return report_malformed_text(script, start, end);
-    return position - start;
+    length = static_cast<std::int32_t>(position);
+    return result::ok;
 }
 
 failure report_malformed_text(const conv& script, std::int32_t offset, std::int32_t end) {

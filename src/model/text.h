@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "model/conv.h"
 
@@ -16,9 +15,9 @@ constexpr bool is_trail_byte(std::uint8_t byte) {
 }
 
 // The length in bytes of the text that starts at `start` and ends before the first byte, outside
-// a passage, that is no text, at `end` at the latest. Writes an ERROR line and returns nothing
-// when a passage is malformed or not closed.
-std::optional<std::int32_t> text_length(const conv& script, std::int32_t start, std::int32_t end);
+// a passage, that is no text, at `end` at the latest. Fails after an ERROR line when a passage is
+// malformed or not closed.
+result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length);
 
 // Reports a malformed text and returns the failure: at `offset` stands either a lead byte without
 // its trail byte, or the first byte of a text with a passage that is not closed before `end`.

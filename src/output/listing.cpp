@@ -1,9 +1,26 @@
 #include "output/listing.h"
 
 #include <algorithm>
+#include <array>
+
+namespace {
+
+constexpr auto make_hex_pairs() {
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        pairs[byte] = {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+    }
+    return pairs;
+}
+constexpr auto hex_pairs = make_hex_pairs();
+
+}  // namespace
 
 char* put_hex(char* to, std::uint32_t number, int digits) {
-    for (int shift = 4 * (digits - 1); shift >= 0; shift -= 4) *to++ = "0123456789ABCDEF"[number >> shift & 15];
+    for (int shift = 4 * (digits - 2); shift >= 0; shift -= 8) {
+        std::memcpy(to, hex_pairs[number >> shift & 0xFF].data(), 2);
+        to += 2;
+    }
     return to;
 }
 

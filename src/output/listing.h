@@ -8,11 +8,11 @@
 #include "base/writer.h"
 #include "model/conv.h"
 
-// A part of an expression still to be written.
+// A part of an expression that is rendered later.
 struct pending_piece {
-    std::uint32_t item;   // of an operand
+    std::uint32_t item;
     std::uint8_t kind;
-    std::uint8_t code;    // of the operator that is written or that the operand belongs to
+    std::uint8_t code;
 };
 
 struct listing {
@@ -27,6 +27,7 @@ inline char* put_text(char* to, std::string_view text) {
     std::memcpy(to, text.data(), text.size());
     return to + text.size();
 }
+// An even number of digits.
 char* put_hex(char* to, std::uint32_t number, int digits);
 // At least `digits` digits, filled with zeros.
 char* put_decimal(char* to, std::uint32_t number, int digits = 1);

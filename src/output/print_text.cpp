@@ -94,11 +94,9 @@ void put_last_text_label(listing& print) { put_text_label(print.out, print.scrip
 }  // namespace
 
 std::string_view text_of(const conv& script, const operand& param) {
-    const auto end = static_cast<std::int32_t>(param.value);
-    if (!conv_has(script, param.offset) || end <= param.offset) return {};
-    const std::string_view span(reinterpret_cast<const char*>(script.buffer.data()) + param.offset,
-                                static_cast<std::size_t>(end - param.offset));
-    return span.substr(0, span.find('\0'));
+    const auto bytes = conv_bytes(script, param.offset, static_cast<std::int32_t>(param.value));
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    return text.substr(0, text.find('\0'));
 }
 
 result check_text(std::string_view text) {

@@ -1,7 +1,6 @@
 #include "output/sprint_eval.h"
 
-#include <algorithm>
-#include <array>
+#include <utility>
 
 #include "base/diagnostics.h"
 
@@ -16,17 +15,28 @@ struct clipped_text {
     void put(std::string_view text) {
         end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end)));
     }
+    void put(char character) {
+        if (!is_full()) *end++ = character;
+    }
+    // Puts what `fill` writes at the place it is given, at most `size` characters.
+    template <std::size_t size, class filler>
+    void put_filled(filler fill) {
+        if (static_cast<std::size_t>(limit - end) >= size) {
+            end = fill(end);
+        } else {
+            char filled[size];
+            put({filled, static_cast<std::size_t>(fill(filled) - filled)});
+        }
+    }
 };
 
 enum class piece_kind : std::uint8_t {
-    item,       // `item` with its operands; `code` is that of the operator or function around it
-    byte,       // the byte at `item`, in decimal
-    infix,      // the name of `code` between blanks
-    eval,       // "eval "
+    item,   // `item` with its operands; `code` is that of the operator or function around it
+    infix,  // the name of `code` between blanks
+    eval,   // "eval "
     comma,
     open,
     close,
-    close_index,
 };
 
 enum class operator_group : std::uint8_t { none, comparison, additive, multiplicative, logical };
@@ -53,11 +63,15 @@ bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
     }
 }
 
+inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
+
 struct renderer {
     listing& print;
     const conv& script;
-    array<pending_piece>& pieces;  // the next one last
+    array<pending_piece>& pieces;  // to be rendered later, the next one last
     clipped_text text;
+    std::uint32_t item;            // to be rendered now, or no_item
+    std::uint8_t parent;           // the code of the operator or function around it, 0 for none
 };
 
 std::int32_t item_offset(const renderer& render, std::uint32_t item) { return render.script.tree.items[item].offset; }
@@ -112,104 +126,113 @@ bool needs_parentheses(const renderer& render, std::uint8_t code, std::uint32_t 
     return render.pieces.push_back({item, static_cast<std::uint8_t>(kind), code});
 }
 
+// Makes an operand of `parent` the next item.
+void descend(renderer& render, std::uint32_t item, std::uint8_t parent) {
+    render.item = item;
+    render.parent = parent;
+}
+
+void render_number(renderer& render, std::uint32_t number) {
+    render.text.put_filled<max_decimal_size>([number](char* to) { return put_decimal(to, number); });
+}
+
+void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
+    const conv& script = render.script;
+    if (code != OP_INT32 || !options.omit_int32) {
+        render.text.put(code_info[code].name);
+        render.text.put(' ');
+    }
+    switch (code_info[code].params[0].type) {
+        case INT16:
+            render.text.put("0x");
+            return render.text.put_filled<4>(
+                [&](char* to) { return put_hex(to, conv_int16(script, offset + 1), 4); });
+        case INT32:
+            return render.text.put_filled<label_size>(
+                [&](char* to) { return put_label(to, script, conv_int32(script, offset + 1)); });
+        default:
+            return render_number(render, conv_byte(script, offset + 1));
+    }
+}
+
+// The functions below render an item up to its first operand, which they make the next item, and
+// put off the rest. They fail when memory runs out.
+
 [[nodiscard]] bool render_operator(renderer& render, std::uint32_t item, std::uint8_t code, std::uint8_t parent) {
     const auto [left, right] = operands_of(render, item);
     const bool wraps_right = needs_parentheses(render, code, right);
     const bool wraps_all = is_wrapped(code, parent);
-    if (wraps_all) render.text.put("(");
+    if (wraps_all) render.text.put('(');
+    descend(render, left, code);
     return (!wraps_all || put_off(render, piece_kind::close)) &&
            (!wraps_right || put_off(render, piece_kind::close)) && put_off(render, piece_kind::item, code, right) &&
-           (!wraps_right || put_off(render, piece_kind::open)) && put_off(render, piece_kind::infix, code) &&
-           put_off(render, piece_kind::item, code, left);
+           (!wraps_right || put_off(render, piece_kind::open)) && put_off(render, piece_kind::infix, code);
 }
 
-// Operand `k` of a function, whose tree's root is `item`.
-[[nodiscard]] bool put_off_operand(renderer& render, std::uint8_t code, std::size_t k, std::uint32_t item) {
-    const bool is_byte = code_info[code].params[k].type == BYTE;
-    return put_off(render, is_byte ? piece_kind::byte : piece_kind::item, code, item);
-}
-
-[[nodiscard]] bool render_function(renderer& render, std::uint32_t item, std::uint8_t code) {
-    const bool is_indexed = code == OP_VAR || code == OP_STR;
+// "$var[5]" or "$str[5]", whose only operand is a byte.
+void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
     render.text.put(code_info[code].name);
-    render.text.put(is_indexed ? "[" : "(");
-    if (!put_off(render, is_indexed ? piece_kind::close_index : piece_kind::close)) return false;
-    std::uint32_t operand_item = item + 1;
-    for (auto k = static_cast<std::size_t>(code_info[code].num_params); k-- > 0;) {
-        if (!put_off_operand(render, code, k, operand_item)) return false;
-        if (k > 0 && !put_off(render, piece_kind::comma)) return false;
+    render.text.put('[');
+    render_number(render, item_code(render, item + 1));
+    render.text.put(']');
+}
+
+[[nodiscard]] bool render_call(renderer& render, std::uint32_t item, std::uint8_t code) {
+    render.text.put(code_info[code].name);
+    render.text.put('(');
+    if (!put_off(render, piece_kind::close)) return false;
+    std::uint32_t operand_item = item + 1;  // of the last operand
+    for (std::int32_t k = code_info[code].num_params - 1; k > 0; --k) {
+        if (!put_off(render, piece_kind::item, code, operand_item) || !put_off(render, piece_kind::comma)) return false;
         operand_item = behind_tree(render, operand_item);
     }
+    if (code_info[code].num_params > 0) descend(render, operand_item, code);
     return true;
 }
 
 [[nodiscard]] bool render_eval(renderer& render, std::uint32_t item) {
-    if (!put_off(render, piece_kind::item, OP_EVAL, expr_value(item))) return false;
     const std::uint32_t assign = expr_assign(render.script.tree, item);
     if (assign == 0) {
         if (!options.omit_eval) render.text.put("eval ");
+        descend(render, expr_value(item), OP_EVAL);
         return true;
     }
-    return (options.omit_eval || put_off(render, piece_kind::eval)) && put_off(render, piece_kind::infix, OP_ASSIGN) &&
-           put_off(render, piece_kind::item, OP_EVAL, assign + 1);
+    descend(render, assign + 1, 0);
+    return put_off(render, piece_kind::item, OP_EVAL, expr_value(item)) &&
+           (options.omit_eval || put_off(render, piece_kind::eval)) && put_off(render, piece_kind::infix, OP_ASSIGN);
 }
 
-void render_number(renderer& render, std::uint32_t number) {
-    char digits[max_decimal_size];
-    render.text.put({digits, static_cast<std::size_t>(put_decimal(digits, number) - digits)});
-}
-
-void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
-    char number[label_size];
-    if (code != OP_INT32 || !options.omit_int32) {
-        render.text.put(code_info[code].name);
-        render.text.put(" ");
-    }
-    switch (code_info[code].params[0].type) {
-        case INT16:
-            put_text(number, "0x");
-            put_hex(number + 2, conv_int16(render.script, offset + 1), 4);
-            return render.text.put({number, 6});
-        case INT32:
-            put_label(number, render.script, conv_int32(render.script, offset + 1));
-            return render.text.put({number, label_size});
-        default:
-            return render_number(render, conv_byte(render.script, offset + 1));
-    }
-}
-
-[[nodiscard]] bool render_item(renderer& render, std::uint32_t item, std::uint8_t parent) {
+[[nodiscard]] bool render_item(renderer& render) {
+    const std::uint32_t item = std::exchange(render.item, no_item);
     const std::uint8_t code = item_code(render, item);
     switch (item_type(render, item)) {
         case LITERAL:
             render_literal(render, item_offset(render, item), code);
             return true;
         case OPERATOR:
-            return code == OP_EVAL ? render_eval(render, item) : render_operator(render, item, code, parent);
+            return code == OP_EVAL ? render_eval(render, item) : render_operator(render, item, code, render.parent);
         case FUNCTION:
-            return render_function(render, item, code);
+            if (code != OP_VAR && code != OP_STR) return render_call(render, item, code);
+            render_variable(render, item, code);
+            return true;
         default:
             render_number(render, code);
             return true;
     }
 }
 
-[[nodiscard]] bool render_piece(renderer& render, const pending_piece& piece) {
+void render_piece(renderer& render, const pending_piece& piece) {
     switch (static_cast<piece_kind>(piece.kind)) {
-        case piece_kind::item: return render_item(render, piece.item, piece.code);
-        case piece_kind::byte: render_number(render, item_code(render, piece.item)); break;
+        case piece_kind::item: return descend(render, piece.item, piece.code);
+        case piece_kind::eval: return render.text.put("eval ");
+        case piece_kind::comma: return render.text.put(", ");
+        case piece_kind::open: return render.text.put('(');
+        case piece_kind::close: return render.text.put(')');
         case piece_kind::infix:
-            render.text.put(" ");
+            render.text.put(' ');
             render.text.put(code_info[piece.code].name);
-            render.text.put(" ");
-            break;
-        case piece_kind::eval: render.text.put("eval "); break;
-        case piece_kind::comma: render.text.put(", "); break;
-        case piece_kind::open: render.text.put("("); break;
-        case piece_kind::close: render.text.put(")"); break;
-        case piece_kind::close_index: render.text.put("]"); break;
+            return render.text.put(' ');
     }
-    return true;
 }
 
 }  // namespace
@@ -218,15 +241,18 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
 // the one around it has begun or later.
 result sprint_eval(listing& print, std::uint32_t root) {
     char* const room = print.out.room(max_expression);
-    renderer render = {print, print.script, print.pieces, {room, room + max_expression}};
+    renderer render = {print, print.script, print.pieces, {room, room + max_expression}, root, 0};
     render.pieces.truncate(0);
-    bool has_memory = put_off(render, piece_kind::item, 0, root);
-    while (has_memory && !render.pieces.empty() && !render.text.is_full()) {
-        const pending_piece piece = render.pieces.back();
-        render.pieces.pop_back();
-        has_memory = render_piece(render, piece);
+    while (!render.text.is_full()) {
+        if (render.item != no_item) {
+            if (!render_item(render)) return ERROR("memory exhausted! (strdup)");
+        } else if (!render.pieces.empty()) {
+            render_piece(render, render.pieces.back());
+            render.pieces.pop_back();
+        } else {
+            break;
+        }
     }
-    if (!has_memory) return ERROR("memory exhausted! (strdup)");
     print.out.advance(render.text.end);
     return result::ok;
 }

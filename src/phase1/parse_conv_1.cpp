@@ -75,17 +75,17 @@ std::optional<std::int32_t> take_open_target(walker& shared) {
 
 // Steps over the text at the cursor and records where it begins.
 result walk_text(walk& block) {
-    const auto length = text_length(block.script, block.cursor, block.script.data_size);
-    if (!length) return ERROR("can't get text length: offset=%08X", block.cursor);
-    block.cursor += *length;
+    std::int32_t length = 0;
+    if (failed(text_length(block.script, block.cursor, block.script.data_size, length))) {
+        return ERROR("can't get text length: offset=%08X", block.cursor);
+    }
+    block.cursor += length;
     return result::ok;
 }
 
 result walk_expression_operand(walk& block) {
-    const auto behind = parse_eval_1(block.script, block.cursor);
-    if (!behind) return ERROR("parse expression failure: offset=%08X", block.cursor);
-    block.cursor = *behind;
-    return result::ok;
+    if (!failed(parse_eval_1(block.script, block.cursor))) return result::ok;
+    return ERROR("parse expression failure: offset=%08X", block.cursor);
 }
 
 result walk_text_run(walk& block) {
@@ -250,12 +250,8 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
             }
             block.cursor += 5;
             return result::ok;
-        case VARIABLE: {
-            const auto behind = parse_var_1(script, block.cursor);
-            if (!behind) return result::failed;
-            block.cursor = *behind;
-            return result::ok;
-        }
+        case VARIABLE:
+            return parse_var_1(script, block.cursor);
         case VALUE:
             return walk_expression_operand(block);
         default:

@@ -11,12 +11,10 @@ code_type item_type(std::uint8_t code) {
     return is_item ? type : BYTE;
 }
 
-// A literal: its opcode at `offset`, then its number. Returns the offset behind it.
-std::optional<std::int32_t> scan_literal(conv& script, std::int32_t offset, std::uint8_t code) {
+// A literal's number, behind its opcode at `cursor`. Moves the cursor behind the number.
+result scan_literal(conv& script, std::int32_t& cursor, std::uint8_t code) {
     const code_info_entry& info = code_info[code];
-    if (info.num_params != 1) {
-        return ERROR("BUG: code_info[%02X].num_params=%d", code, info.num_params);
-    }
+    if (info.num_params != 1) return ERROR("BUG: code_info[%02X].num_params=%d", code, info.num_params);
     std::int32_t size = 0;
     switch (info.params[0].type) {
         case BYTE: size = 1; break;
@@ -24,56 +22,56 @@ std::optional<std::int32_t> scan_literal(conv& script, std::int32_t offset, std:
         case INT32: size = 4; break;
         default: return ERROR("BUG: code_info[%02X].params[0].type=%02X", code, info.params[0].type);
     }
-    if (script.data_size - offset <= size) {
-        return ERROR("end of buffer: offset=%08X code=%02X", offset, code);
+    if (script.data_size - cursor <= size) return ERROR("end of buffer: offset=%08X code=%02X", cursor, code);
+    if (size == 4 && failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {
+        return result::failed;
     }
-    if (info.params[0].type == INT32) {
-        const auto block = static_cast<std::int32_t>(conv_int32(script, offset + 1));
-        if (failed(add_data_block(script, block))) return std::nullopt;
-    }
-    return offset + 1 + size;
+    cursor += 1 + size;
+    return result::ok;
 }
 
-// One item at `offset`, inside the script. Returns the offset behind it.
-std::optional<std::int32_t> scan_item(conv& script, std::int32_t offset, std::uint8_t code, code_type type) {
-    if (failed(add_code_offset(script, offset, type))) return std::nullopt;
-    if (type == LITERAL) return scan_literal(script, offset, code);
-    return offset + 1;
+// The item at the cursor, inside the script. Moves the cursor behind it.
+result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code, code_type type) {
+    if (failed(add_code_offset(script, cursor, type))) return result::failed;
+    if (type == LITERAL) return scan_literal(script, cursor, code);
+    ++cursor;
+    return result::ok;
 }
 
 }  // namespace
 
-std::optional<std::int32_t> parse_eval_1(conv& script, std::int32_t offset) {
-    std::int32_t cursor = offset;
-    while (cursor < script.data_size) {
-        const std::uint8_t code = conv_byte(script, cursor);
-        const auto behind = scan_item(script, cursor, code, item_type(code));
-        if (!behind || code == OP_EVAL) return behind;
-        cursor = *behind;
+result parse_eval_1(conv& script, std::int32_t& cursor) {
+    for (std::int32_t position = cursor; position < script.data_size;) {
+        const std::uint8_t code = conv_byte(script, position);
+        if (failed(scan_item(script, position, code, item_type(code)))) return result::failed;
+        if (code == OP_EVAL) {
+            cursor = position;
+            return result::ok;
+        }
     }
-    return ERROR("'eval' not found: offset=%08X", offset);
+    return ERROR("'eval' not found: offset=%08X", cursor);
 }
 
-std::optional<std::int32_t> parse_var_1(conv& script, std::int32_t offset) {
-    std::int32_t cursor = offset;
+result parse_var_1(conv& script, std::int32_t& cursor) {
     std::int32_t depth = 0;  // values on the evaluation stack
     std::uint8_t code = 0;
-    while (cursor < script.data_size) {
-        code = conv_byte(script, cursor);
+    std::int32_t position = cursor;
+    while (position < script.data_size) {
+        code = conv_byte(script, position);
         const code_type type = item_type(code);
         if (type == OPERATOR || type == FUNCTION) {
             depth -= code_info[code].num_params;
             if (depth < 0) {
                 return ERROR("can't find variable/data: stack exhausted: offset=%08X, %08X, code=%02X, type=%02X",
-                             offset, cursor, code, type);
+                             cursor, position, code, type);
             }
         }
-        const auto behind = scan_item(script, cursor, code, type);
-        if (!behind || (is_reference(code) && depth == 0)) return behind;
-        cursor = *behind;
+        if (failed(scan_item(script, position, code, type))) return result::failed;
+        if (is_reference(code) && depth == 0) break;
         ++depth;
     }
     // At the script's end the last opcode alone decides.
-    if (is_reference(code)) return cursor;
-    return ERROR("variable/data not found: offset=%08X", offset);
+    if (!is_reference(code)) return ERROR("variable/data not found: offset=%08X", cursor);
+    cursor = position;
+    return result::ok;
 }

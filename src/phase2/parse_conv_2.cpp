@@ -1,5 +1,7 @@
 #include "phase2/parse_conv_2.h"
 
+#include <utility>
+
 #include "base/diagnostics.h"
 #include "model/block.h"
 #include "phase2/parse_expr_2.h"
@@ -80,19 +82,19 @@ result walk_sub_block(walker& shared, inst_index owner, block_kind kind, std::in
     return result::ok;
 }
 
-// A text run or the text of an operand at the entry.
-operand text_operand(const walker& shared) {
-    const std::int32_t offset = shared.entry.offset;
-    return {offset, static_cast<std::uint32_t>(conv_span_end(shared.script, offset)), TEXT};
+// The text that begins at `offset`, once the entry behind it is reached: there it ends. Every data
+// block start has an entry too.
+operand text_operand(const walker& shared, std::int32_t offset) {
+    return {offset, static_cast<std::uint32_t>(shared.entry.offset), TEXT};
 }
 
 result walk_text_run(walk& block) {
     walker& shared = block.shared;
-    const operand text = text_operand(shared);
+    const std::int32_t offset = shared.entry.offset;
     const inst_index node = take_node(block);
     if (node == no_inst) return result::failed;
     trace_node(shared, "parse_conv_2(): TEXT", node);
-    if (failed(inst_add_param(shared.tree, node, text))) return result::failed;
+    if (failed(inst_add_param(shared.tree, node, text_operand(shared, offset)))) return result::failed;
     shared.tree.nodes[node].num_params = 0;
     return result::ok;
 }
@@ -110,6 +112,12 @@ result walk_branch(walk& block, inst_index owner, opcode code, const char* trace
     return shared.entry.at_end ? missing_endif() : result::ok;
 }
 
+// Lists a node whose operands were just built among those that name data blocks, if they do.
+result note_block_user(walker& shared, inst_index node) {
+    if (!std::exchange(shared.expressions.names_block, false)) return result::ok;
+    return inst_add_block_user(shared.tree, node);
+}
+
 result walk_if(walk& block) {
     walker& shared = block.shared;
     const std::int32_t start = shared.entry.offset;
@@ -118,9 +126,12 @@ result walk_if(walk& block) {
     trace_node(shared, "parse_conv_2(): IF", node);
 
     const std::int32_t condition_offset = shared.entry.offset;
-    const auto condition = parse_eval_2(shared.expressions, shared.entry);
-    if (!condition) return ERROR("parse conditon error: offset=%08X", start);
-    if (failed(inst_add_param(shared.tree, node, {condition_offset, *condition, VALUE}))) return result::failed;
+    std::uint32_t condition = 0;
+    if (failed(parse_eval_2(shared.expressions, shared.entry, condition))) {
+        return ERROR("parse conditon error: offset=%08X", start);
+    }
+    if (failed(inst_add_param(shared.tree, node, {condition_offset, condition, VALUE}))) return result::failed;
+    if (failed(note_block_user(shared, node))) return result::failed;
     if (shared.entry.at_end) return ERROR("can't get sub block: offset=%08X", start);
     if (failed(walk_branch(block, node, OP_IF, "parse_conv_2(): IF: SUB BLOCK"))) return result::failed;
 
@@ -158,15 +169,15 @@ result walk_keywords(walk& block, inst_index& keywords, walk& answer) {
     if (entry.type != TEXT && entry.type != MB_IN) {
         return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry), entry.type);
     }
-    const operand text = text_operand(shared);
-    if (failed(inst_add_param(shared.tree, keywords, text))) return result::failed;
+    const std::int32_t text = entry.offset;
     advance(shared.entry);
+    if (failed(inst_add_param(shared.tree, keywords, text_operand(shared, text)))) return result::failed;
     if (entry.at_end) return ERROR("keywords without answer: offset=%08X", start);
 
     answer.owner = keywords;
     answer.last = no_inst;
     answer.kind = {OP_KEYWORDS, block.kind.parent};
-    if (failed(walk_sub_block(shared, keywords, answer.kind, text.offset, answer.last))) return result::failed;
+    if (failed(walk_sub_block(shared, keywords, answer.kind, text, answer.last))) return result::failed;
     trace_sub_block(shared, "parse_conv_2(): KEYWORDS: SUB BLOCK", keywords);
     return result::ok;
 }
@@ -245,24 +256,23 @@ result walk_operand(walker& shared, inst_index node, std::int32_t k) {
             break;
         case STR32:
             param.value = conv_int32(shared.script, offset + 1);
+            shared.expressions.names_block = true;
             advance(shared.entry);
             break;
         case TEXT:
-            param = text_operand(shared);
             advance(shared.entry);
+            param = text_operand(shared, offset);
             break;
-        case VARIABLE: {
-            const auto root = parse_var_2(shared.expressions, shared.entry);
-            if (!root) return ERROR("parse variable/data error: offset=%08X", offset);
-            param.value = *root;
+        case VARIABLE:
+            if (failed(parse_var_2(shared.expressions, shared.entry, param.value))) {
+                return ERROR("parse variable/data error: offset=%08X", offset);
+            }
             break;
-        }
-        case VALUE: {
-            const auto root = parse_eval_2(shared.expressions, shared.entry);
-            if (!root) return ERROR("parse expression error: offset=%08X", offset);
-            param.value = *root;
+        case VALUE:
+            if (failed(parse_eval_2(shared.expressions, shared.entry, param.value))) {
+                return ERROR("parse expression error: offset=%08X", offset);
+            }
             break;
-        }
         default:
             return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, param.type);
     }
@@ -276,12 +286,12 @@ result walk_assignment(walker& shared, inst_index node) {
     advance(shared.entry);
     if (shared.entry.at_end) return ERROR("assign without value: offset=%08X", start);
     const std::int32_t value_offset = shared.entry.offset;
-    const auto value = parse_eval_2(shared.expressions, shared.entry);
-    if (!value) {
+    std::uint32_t value = 0;
+    if (failed(parse_eval_2(shared.expressions, shared.entry, value))) {
         return ERROR("parse expression error: offset=%08X",
                      inst_param(shared.tree, shared.tree.nodes[node], 0).offset);
     }
-    return inst_add_param(shared.tree, node, {value_offset, *value, VALUE});
+    return inst_add_param(shared.tree, node, {value_offset, value, VALUE});
 }
 
 // Any statement that opens no block.
@@ -300,10 +310,11 @@ result walk_statement(walk& block) {
         if (shared.entry.at_end) return missing_param(statement, k);
         if (failed(walk_operand(shared, node, k))) return result::failed;
     }
-    if (statement.code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN) {
-        return walk_assignment(shared, node);
+    if (statement.code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN &&
+        failed(walk_assignment(shared, node))) {
+        return result::failed;
     }
-    return result::ok;
+    return note_block_user(shared, node);
 }
 
 // An expression that stands as a statement: a node of its "eval" at the expression's first byte
@@ -312,16 +323,19 @@ result walk_expression(walk& block) {
     walker& shared = block.shared;
     TRACE("parse_conv_2(): EXPRESSION");
     const std::int32_t start = shared.entry.offset;
-    const auto root = parse_eval_2(shared.expressions, shared.entry);
-    if (!root) return ERROR("parse expression error: offset=%08X", start);
-    const std::uint32_t assign = expr_assign(shared.tree, *root);
+    std::uint32_t root = 0;
+    if (failed(parse_eval_2(shared.expressions, shared.entry, root))) {
+        return ERROR("parse expression error: offset=%08X", start);
+    }
+    const std::uint32_t assign = expr_assign(shared.tree, root);
     const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign + 1].offset;
     const code_type type = assign == 0 ? OPERATOR : FUNCTION;
     const std::uint8_t code = assign == 0 ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
     const inst_index node = inst_new(shared.tree, offset, type, code);
     if (node == no_inst) return result::failed;
     link(block, node);
-    return inst_add_param(shared.tree, node, {start, *root, VALUE});
+    if (failed(inst_add_param(shared.tree, node, {start, root, VALUE}))) return result::failed;
+    return note_block_user(shared, node);
 }
 
 result walk_data_block(walk& block) {

@@ -69,13 +69,15 @@ result parse_text_block(block_parser& parser) {
     INFORMATION(1, "parse data block: offset=%08X-%08X, type=TEXT", offset, parser.end - 1);
     while (offset < parser.end) {
         if (conv_byte(script, offset) == OP_ENDDATA) return parse_end_of_texts(parser, offset);
-        const auto length = text_length(script, offset, parser.end);
-        if (!length) return ERROR("can't get text length: offset=%08X", offset);
-        const std::int32_t behind = offset + *length;
+        std::int32_t length = 0;
+        if (failed(text_length(script, offset, parser.end, length))) {
+            return ERROR("can't get text length: offset=%08X", offset);
+        }
+        const std::int32_t behind = offset + length;
         if (failed(add_element(parser, DATA_TEXT, {offset, static_cast<std::uint32_t>(behind), TEXT}))) {
             return result::failed;
         }
-        TRACE("data block: offset=%08X, text=%.*s", offset, *length,
+        TRACE("data block: offset=%08X, text=%.*s", offset, length,
               reinterpret_cast<const char*>(script.buffer.data() + offset));
         if (behind >= parser.end || conv_byte(script, behind) != 0) {
             return ERROR("data end mark not found: offset=%08X, %08X, type=TEXT", offset, offset);

@@ -16,11 +16,13 @@ std::uint8_t entry_code(const expr_builder& builder, std::int32_t entry) {
     return conv_byte(builder.script, entry_offset(builder, entry));
 }
 
-// Adds the item of an entry to the tree and returns its index.
-std::optional<std::uint32_t> add_item(expr_builder& builder, std::int32_t entry) {
-    inst_tree& tree = builder.script.tree;
-    if (failed(inst_add_item(tree, entry_offset(builder, entry)))) return std::nullopt;
-    return static_cast<std::uint32_t>(tree.items.size() - 1);
+// The index of the item that add_item adds next.
+std::uint32_t next_item(const expr_builder& builder) {
+    return static_cast<std::uint32_t>(builder.script.tree.items.size());
+}
+
+result add_item(expr_builder& builder, std::int32_t entry) {
+    return inst_add_item(builder.script.tree, entry_offset(builder, entry));
 }
 
 void close_extent(inst_tree& tree, std::uint32_t item) {
@@ -34,17 +36,20 @@ result push(array<T>& items, const T& item) {
 }
 
 // How many operands the item at an entry takes.
-std::optional<std::int32_t> count_operands(const expr_builder& builder, std::int32_t start, std::int32_t entry) {
+result count_operands(expr_builder& builder, std::int32_t start, std::int32_t entry, std::int32_t& count) {
     const std::uint8_t code = entry_code(builder, entry);
+    count = 0;
     switch (entry_type(builder, entry)) {
         case LITERAL:
-            if (code_info[code].type == LITERAL) return 0;
+            builder.names_block |= code == OP_INT32;
+            if (code_types[code] == LITERAL) return result::ok;
             return ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry_offset(builder, entry), code);
         case OPERATOR:
         case FUNCTION:
-            return code_info[code].num_params;
+            count = code_info[code].num_params;
+            return result::ok;
         case BYTE:
-            return 0;
+            return result::ok;
         default:
             return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
                          entry_offset(builder, entry), code);
@@ -87,37 +92,34 @@ next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t&
             (void)ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
             return next_step::fail;
         }
-        if (!add_item(builder, entry)) return next_step::fail;
+        if (failed(add_item(builder, entry))) return next_step::fail;
         --entry;
     }
     return next_step::done;
 }
 
 // Builds the tree whose root is the entry `end`, reading entries backwards, down to `start` at
-// the lowest. Returns the entry just below the lowest one that the tree took.
-std::optional<std::int32_t> parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end) {
+// the lowest. `rest` receives the entry just below the lowest one that the tree took.
+result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end, std::int32_t& rest) {
     std::int32_t entry = end;
     builder.open.truncate(0);
     for (;;) {
-        const auto item = add_item(builder, entry);
-        if (!item) return std::nullopt;
-        const auto operands = count_operands(builder, start, entry);
-        if (!operands) {
-            (void)fail_open_items(builder, start, entry);
-            return std::nullopt;
-        }
-        if (*operands > 0 && failed(push(builder.open, {*item, entry, *operands}))) return std::nullopt;
+        const std::uint32_t item = next_item(builder);
+        if (failed(add_item(builder, entry))) return result::failed;
+        std::int32_t operands = 0;
+        if (failed(count_operands(builder, start, entry, operands))) return fail_open_items(builder, start, entry);
+        if (operands > 0 && failed(push(builder.open, {item, entry, operands}))) return result::failed;
         --entry;
         switch (take_operands(builder, start, entry)) {
             case next_step::descend:
                 break;
             case next_step::done:
-                return entry;
+                rest = entry;
+                return result::ok;
             case next_step::fail: {
                 const std::int32_t failed_entry = builder.open.back().entry;
                 builder.open.pop_back();
-                (void)fail_open_items(builder, start, failed_entry);
-                return std::nullopt;
+                return fail_open_items(builder, start, failed_entry);
             }
         }
     }
@@ -162,17 +164,16 @@ result collect_reference(expr_builder& builder, entry_reader& entry) {
 }
 
 // The ":=" at `assign` and the target before it; a value was built from the entries behind it.
-std::optional<std::int32_t> parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval) {
-    const auto item = add_item(builder, assign);
-    if (!item) return std::nullopt;
+result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval, std::int32_t& rest) {
+    const std::uint32_t item = next_item(builder);
+    if (failed(add_item(builder, assign))) return result::failed;
     const std::int32_t target = assign - 1;
-    const auto rest = parse_expr_2(builder, 0, target);
-    if (!rest) {
+    if (failed(parse_expr_2(builder, 0, target, rest))) {
         return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0),
                      entry_offset(builder, eval), entry_offset(builder, target));
     }
-    close_extent(builder.script.tree, *item);
-    return rest;
+    close_extent(builder.script.tree, item);
+    return result::ok;
 }
 
 bool is_assignment(const expr_builder& builder, std::int32_t assign) {
@@ -182,49 +183,46 @@ bool is_assignment(const expr_builder& builder, std::int32_t assign) {
 
 }  // namespace
 
-std::optional<std::uint32_t> parse_eval_2(expr_builder& builder, entry_reader& entry) {
+result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
     TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
           shown_code(entry), entry.type);
-    if (failed(collect_expression(builder, entry))) return std::nullopt;
+    if (failed(collect_expression(builder, entry))) return result::failed;
     const auto eval = static_cast<std::int32_t>(builder.entries.size() - 1);
-    const auto root = add_item(builder, eval);
-    if (!root) return std::nullopt;
     const std::int32_t first_offset = entry_offset(builder, 0);
     const std::int32_t eval_offset = entry_offset(builder, eval);
+    root = next_item(builder);
+    if (failed(add_item(builder, eval))) return result::failed;
     if (eval == 0) return ERROR("eval without expression: offset=%08X-%08X", first_offset, eval_offset);
 
-    auto rest = parse_expr_2(builder, 0, eval - 1);
-    if (!rest) {
+    std::int32_t rest = 0;
+    if (failed(parse_expr_2(builder, 0, eval - 1, rest))) {
         return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
                      entry_offset(builder, eval - 1));
     }
-    if (is_assignment(builder, *rest)) {
-        rest = parse_assignment(builder, *rest, eval);
-        if (!rest) return std::nullopt;
-    }
-    if (*rest >= 0) {
-        return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, *rest), first_offset,
+    if (is_assignment(builder, rest) && failed(parse_assignment(builder, rest, eval, rest))) return result::failed;
+    if (rest >= 0) {
+        return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
                      eval_offset);
     }
-    close_extent(builder.script.tree, *root);
-    return root;
+    close_extent(builder.script.tree, root);
+    return result::ok;
 }
 
-std::optional<std::uint32_t> parse_var_2(expr_builder& builder, entry_reader& entry) {
+result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
     TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
           shown_code(entry), entry.type);
-    if (failed(collect_reference(builder, entry))) return std::nullopt;
-    const auto root = static_cast<std::uint32_t>(builder.script.tree.items.size());
+    if (failed(collect_reference(builder, entry))) return result::failed;
     const auto last = static_cast<std::int32_t>(builder.entries.size() - 1);
     const std::int32_t first_offset = entry_offset(builder, 0);
     const std::int32_t last_offset = entry_offset(builder, last);
-    const auto rest = parse_expr_2(builder, 0, last);
-    if (!rest) {
+    root = next_item(builder);
+    std::int32_t rest = 0;
+    if (failed(parse_expr_2(builder, 0, last, rest))) {
         return ERROR("parse variable/data error: offset=%08X-%08X", first_offset, last_offset);
     }
-    if (*rest >= 0) {
-        return ERROR("parse variable/data error: offset=%08X, %08X-%08X", entry_offset(builder, *rest),
-                     first_offset, last_offset);
+    if (rest >= 0) {
+        return ERROR("parse variable/data error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
+                     last_offset);
     }
-    return root;
+    return result::ok;
 }

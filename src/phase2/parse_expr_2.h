@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <optional>
 
 #include "phase2/entry_reader.h"
 
@@ -18,13 +17,14 @@ struct expr_builder {
     conv& script;
     array<std::int32_t> entries;  // offsets of the expression's entries, in script order
     array<open_expr> open;
+    bool names_block = false;  // set when an expression has an "int32" literal
 };
 
-// Both build the tree of the expression whose first entry is `entry` and move `entry` behind its
-// last one. They return the tree's root item, or nothing after their ERROR lines.
+// Both build the tree of the expression whose first entry is `entry`, move `entry` behind its
+// last one and give the tree's root item. They fail after their ERROR lines.
 
 // An expression up to its "eval": a value, or a target, ":=" and a value.
-std::optional<std::uint32_t> parse_eval_2(expr_builder& builder, entry_reader& entry);
+result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root);
 
 // A variable reference, up to the "$var", "$str" or "data" that closes it.
-std::optional<std::uint32_t> parse_var_2(expr_builder& builder, entry_reader& entry);
+result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root);

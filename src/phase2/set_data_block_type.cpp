@@ -107,8 +107,8 @@ result type_expression(typer& typing, std::uint32_t root, bool text_context) {
 result type_operands(typer& typing, const inst& node) {
     for (std::uint32_t k = 0; k < node.num_params; ++k) {
         const operand param = inst_param(typing.tree, node, k);
-        if (param.type == STR32 || param.type == INT32) {
-            if (failed(type_block(typing, param.value, param.type == STR32))) return result::failed;
+        if (param.type == STR32) {
+            if (failed(type_block(typing, param.value, true))) return result::failed;
         } else if (param.type == VALUE) {
             const bool is_value_of_str = node.code == OP_DECL && k == 2 &&
                                          item_code(typing, inst_param(typing.tree, node, 0).value) == OP_STR;
@@ -122,10 +122,9 @@ result type_operands(typer& typing, const inst& node) {
 
 result set_data_block_type(conv& script) {
     typer typing = {script, script.tree, {}};
-    // The nodes stand in the order of the listing, each before its sub block. A jump's operand is
-    // no data block.
-    for (const inst& node : script.tree.nodes) {
-        if (node.code != OP_JUMP && failed(type_operands(typing, node))) return result::failed;
+    // The users stand in the order of the listing, each before its sub block.
+    for (const inst_index user : script.tree.block_users) {
+        if (failed(type_operands(typing, script.tree.nodes[user]))) return result::failed;
     }
     return result::ok;
 }
