@@ -51,10 +51,15 @@ public:
     T& back() { return items_[size_ - 1]; }
     const T& back() const { return items_[size_ - 1]; }
 
-    [[nodiscard]] bool push_back(const T& item) {
-        if (size_ == capacity_ && !grow()) return false;
-        items_[size_++] = item;
-        return true;
+    // A new last item for the caller to fill, or null when memory runs out.
+    [[nodiscard]] T* push() {
+        if (size_ == capacity_ && !grow()) return nullptr;
+        return items_ + size_++;
+    }
+    [[nodiscard]] bool push_back(T item) {
+        T* const slot = push();
+        if (slot != nullptr) *slot = item;
+        return slot != nullptr;
     }
     void pop_back() { --size_; }
 

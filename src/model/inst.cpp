@@ -6,12 +6,6 @@
 
 namespace {
 
-template <class T>
-result add(array<T>& items, const T& item) {
-    if (items.push_back(item)) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
-}
-
 inst_index find_in_run(const inst_tree& tree, std::size_t first, std::size_t last, std::int32_t offset) {
     const inst* const begin = tree.nodes.begin() + first;
     const inst* const end = tree.nodes.begin() + last;
@@ -23,25 +17,12 @@ inst_index find_in_run(const inst_tree& tree, std::size_t first, std::size_t las
 
 }  // namespace
 
-inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code) {
-    const inst node = {.offset = offset, .type = type, .code = code};
-    if (failed(add(tree.nodes, node))) return no_inst;
-    return static_cast<inst_index>(tree.nodes.size() - 1);
-}
+failure report_tree_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
 
-result inst_add_param(inst_tree& tree, inst_index node, const operand& param) {
-    if (failed(add(tree.operands, param))) return result::failed;
-    inst& owner = tree.nodes[node];
-    if (owner.num_params == 0) owner.params = static_cast<std::uint32_t>(tree.operands.size() - 1);
-    ++owner.num_params;
-    return result::ok;
+result inst_add_block_user(inst_tree& tree, inst_index node) {
+    if (tree.block_users.push_back(node)) return result::ok;
+    return report_tree_exhausted(tree.block_users.growth_bytes());
 }
-
-result inst_add_item(inst_tree& tree, std::int32_t offset) {
-    return add(tree.items, {.offset = offset});
-}
-
-result inst_add_block_user(inst_tree& tree, inst_index node) { return add(tree.block_users, node); }
 
 inst_index inst_find(const inst_tree& tree, std::int32_t offset) {
     const inst_index walked = find_in_run(tree, 0, tree.walked, offset);

@@ -58,13 +58,13 @@ struct inst_tree {
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
-inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code);
+inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code);
 
 // Adds an operand to the node that got operands last; counts it in num_params. The same failure.
-result inst_add_param(inst_tree& tree, inst_index node, const operand& param);
+inline result inst_add_param(inst_tree& tree, inst_index node, operand param);
 
 // Adds an expression item, the same failure.
-result inst_add_item(inst_tree& tree, std::int32_t offset);
+inline result inst_add_item(inst_tree& tree, std::int32_t offset);
 
 // Notes that the node's operands may name data blocks; the same failure.
 result inst_add_block_user(inst_tree& tree, inst_index node);
@@ -88,4 +88,34 @@ inline std::uint32_t expr_value(std::uint32_t eval) { return eval + 1; }
 inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t eval) {
     const std::uint32_t behind_value = eval + 1 + tree.items[eval + 1].extent;
     return behind_value == eval + tree.items[eval].extent ? 0 : behind_value;
+}
+
+// Reports that one of the tree's arrays could not grow to `size` bytes.
+failure report_tree_exhausted(std::size_t size);
+
+inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code) {
+    inst* const node = tree.nodes.push();
+    if (node == nullptr) {
+        (void)report_tree_exhausted(tree.nodes.growth_bytes());
+        return no_inst;
+    }
+    *node = {.offset = offset, .type = type, .code = code};
+    return static_cast<inst_index>(tree.nodes.size() - 1);
+}
+
+inline result inst_add_param(inst_tree& tree, inst_index node, operand param) {
+    operand* const slot = tree.operands.push();
+    if (slot == nullptr) return report_tree_exhausted(tree.operands.growth_bytes());
+    *slot = param;
+    inst& owner = tree.nodes[node];
+    if (owner.num_params == 0) owner.params = static_cast<std::uint32_t>(tree.operands.size() - 1);
+    ++owner.num_params;
+    return result::ok;
+}
+
+inline result inst_add_item(inst_tree& tree, std::int32_t offset) {
+    expr_item* const item = tree.items.push();
+    if (item == nullptr) return report_tree_exhausted(tree.items.growth_bytes());
+    *item = {.offset = offset};
+    return result::ok;
 }

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::int32_t bytes_per_line = 16;
+constexpr std::size_t bytes_per_line = 16;
 
 // "; 00000000:", 16 times " 00", " : ", 16 characters and the line's end.
 constexpr std::size_t hex_column = 11;
@@ -16,7 +16,8 @@ constexpr std::size_t separator_column = hex_column + 3 * bytes_per_line;
 constexpr std::size_t character_column = separator_column + 3;
 constexpr std::size_t max_line = character_column + bytes_per_line + 1;
 
-// " 00" to " FF", each with one more character so that it can be copied as four bytes.
+// " 00" to " FF", each with a fourth character, so that it is copied in one piece; what follows it
+// in the line covers that.
 constexpr auto make_hex_bytes() {
     std::array<std::array<char, 4>, 256> table{};
     for (std::size_t byte = 0; byte < 256; ++byte) {
@@ -45,30 +46,35 @@ constexpr auto make_empty_line() {
 }
 constexpr auto empty_line = make_empty_line();
 
-void print_dump_line(writer& out, std::int32_t offset, const std::uint8_t* bytes, std::size_t count) {
-    char* const line = out.room(max_line);
+// Prints and counts up to 16 bytes.
+void print_dump_line(listing& print, std::size_t offset, std::size_t count) {
+    const std::uint8_t* const bytes = print.script.buffer.data() + offset;
+    std::uint8_t* const counts = print.script.dump_count.data() + offset;
+    char* const line = print.out.room(max_line);
     std::memcpy(line, empty_line.data(), empty_line.size());
     put_hex(line + 2, static_cast<std::uint32_t>(offset), 8);
+    char* hex = line + hex_column;
+    char* character = line + character_column;
     for (std::size_t i = 0; i < count; ++i) {
-        std::memcpy(line + hex_column + 3 * i, hex_bytes[bytes[i]].data(), 4);
-        line[character_column + i] = characters[bytes[i]];
+        const std::uint8_t byte = bytes[i];
+        std::memcpy(hex, hex_bytes[byte].data(), 4);
+        hex += 3;
+        *character++ = characters[byte];
+        ++counts[i];
     }
-    line[character_column + count] = '\n';
-    out.advance(line + character_column + count + 1);
+    *character++ = '\n';
+    print.out.advance(character);
 }
 
 }  // namespace
 
 void print_dump(listing& print, std::int32_t offset, std::int32_t size) {
-    conv& script = print.script;
-    if (!script.dump) return;
-    const std::int32_t end = offset + size;
-    while (offset < end) {
-        const auto start = static_cast<std::size_t>(offset);
-        const auto count = static_cast<std::size_t>(std::min(end - offset, bytes_per_line));
-        print_dump_line(print.out, offset, script.buffer.data() + start, count);
-        for (std::size_t i = start; i < start + count; ++i) ++script.dump_count[i];
-        offset += static_cast<std::int32_t>(count);
+    if (!print.script.dump) return;
+    auto position = static_cast<std::size_t>(offset);
+    for (const std::size_t end = position + static_cast<std::size_t>(size); position < end;) {
+        const std::size_t count = std::min(end - position, bytes_per_line);
+        print_dump_line(print, position, count);
+        position += count;
     }
 }
 

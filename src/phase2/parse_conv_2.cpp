@@ -152,7 +152,8 @@ result walk_if(walk& block) {
     return result::ok;
 }
 
-result missing_param(const inst& node, std::int32_t k) {
+result missing_param(const walker& shared, inst_index index, std::int32_t k) {
+    const inst& node = shared.tree.nodes[index];
     return ERROR("parameter not found: offset=%08X, code=%02X, type=%02X, param=%d", node.offset, node.code,
                  node.type, k);
 }
@@ -187,14 +188,14 @@ result walk_exit_of_answer(walk& answer) {
     walker& shared = answer.shared;
     const inst_index exit = take_node(answer);
     if (exit == no_inst) return result::failed;
-    const inst& keywords = shared.tree.nodes[answer.owner];
+    const std::int32_t keywords = shared.tree.nodes[answer.owner].offset;
     const std::int32_t offset = shared.tree.nodes[exit].offset;
     if (shared.tree.nodes[exit].code == OP_BYE) {
-        INFORMATION(2, "'keywards' break by 'bye': offset=%08X, %08X", keywords.offset, offset);
+        INFORMATION(2, "'keywards' break by 'bye': offset=%08X, %08X", keywords, offset);
         return result::ok;
     }
-    INFORMATION(2, "'keywards' break by 'jump': offset=%08X, %08X", keywords.offset, offset);
-    if (shared.entry.at_end) return missing_param(keywords, 0);
+    INFORMATION(2, "'keywards' break by 'jump': offset=%08X, %08X", keywords, offset);
+    if (shared.entry.at_end) return missing_param(shared, answer.owner, 0);
     const std::int32_t target_offset = shared.entry.offset;
     const std::uint32_t target = conv_int32(shared.script, target_offset);
     advance(shared.entry);
@@ -237,46 +238,45 @@ result walk_keywords_chain(walk& block) {
 }
 
 // Operand `k` of the node, from the entry on.
-result walk_operand(walker& shared, inst_index node, std::int32_t k) {
-    const std::uint8_t code = shared.tree.nodes[node].code;
+result walk_operand(walker& shared, inst_index node, std::uint8_t code, std::int32_t k) {
+    const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
     const std::int32_t offset = shared.entry.offset;
-    operand param = {offset, 0, code_info[code].params[static_cast<std::size_t>(k)].type};
-    switch (param.type) {
+    std::uint32_t value = 0;
+    switch (type) {
         case BYTE:
-            param.value = conv_byte(shared.script, offset);
+            value = conv_byte(shared.script, offset);
             advance(shared.entry);
             break;
         case INT16:
-            param.value = conv_int16(shared.script, offset);
+            value = conv_int16(shared.script, offset);
             advance(shared.entry);
             break;
         case INT32:
-            param.value = conv_int32(shared.script, offset);
+            value = conv_int32(shared.script, offset);
             advance(shared.entry);
             break;
         case STR32:
-            param.value = conv_int32(shared.script, offset + 1);
+            value = conv_int32(shared.script, offset + 1);
             shared.expressions.names_block = true;
             advance(shared.entry);
             break;
         case TEXT:
             advance(shared.entry);
-            param = text_operand(shared, offset);
-            break;
+            return inst_add_param(shared.tree, node, text_operand(shared, offset));
         case VARIABLE:
-            if (failed(parse_var_2(shared.expressions, shared.entry, param.value))) {
+            if (failed(parse_var_2(shared.expressions, shared.entry, value))) {
                 return ERROR("parse variable/data error: offset=%08X", offset);
             }
             break;
         case VALUE:
-            if (failed(parse_eval_2(shared.expressions, shared.entry, param.value))) {
+            if (failed(parse_eval_2(shared.expressions, shared.entry, value))) {
                 return ERROR("parse expression error: offset=%08X", offset);
             }
             break;
         default:
-            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, param.type);
+            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
     }
-    return inst_add_param(shared.tree, node, param);
+    return inst_add_param(shared.tree, node, {offset, value, type});
 }
 
 // ":=" and a value behind the operand of a decl node.
@@ -297,20 +297,20 @@ result walk_assignment(walker& shared, inst_index node) {
 // Any statement that opens no block.
 result walk_statement(walk& block) {
     walker& shared = block.shared;
-    const inst_index node = take_node(block);
+    const std::int32_t offset = shared.entry.offset;
+    const std::uint8_t code = shown_code(shared.entry);
+    const inst_index node = take_node(block, STATEMENT, code);
     if (node == no_inst) return result::failed;
     trace_node(shared, "parse_conv_2(): other CODE", node);
-    const inst statement = shared.tree.nodes[node];
-    if (statement.code == OP_ENDIF) {
-        WARNING("'endif' without 'if': offset=%08X, code=%02X, type=%02X", statement.offset, statement.code,
-                statement.type);
+    if (code == OP_ENDIF) {
+        WARNING("'endif' without 'if': offset=%08X, code=%02X, type=%02X", offset, code, STATEMENT);
         options.endif_without_if = true;
     }
-    for (std::int32_t k = 0; k < code_info[statement.code].num_params; ++k) {
-        if (shared.entry.at_end) return missing_param(statement, k);
-        if (failed(walk_operand(shared, node, k))) return result::failed;
+    for (std::int32_t k = 0; k < code_info[code].num_params; ++k) {
+        if (shared.entry.at_end) return missing_param(shared, node, k);
+        if (failed(walk_operand(shared, node, code, k))) return result::failed;
     }
-    if (statement.code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN &&
+    if (code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN &&
         failed(walk_assignment(shared, node))) {
         return result::failed;
     }

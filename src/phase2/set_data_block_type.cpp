@@ -58,15 +58,15 @@ bool is_text_operand(std::uint8_t code, std::int32_t k, bool text_context, std::
 }
 
 // Plans the visit of an operator's or function's operands, so that the first comes first.
-result visit_operands(typer& typing, const pending_expr& expr, std::uint8_t code) {
+result visit_operands(typer& typing, std::uint32_t item, std::uint8_t code, bool text_context) {
     const code_info_entry& info = code_info[code];
-    std::uint32_t operand_item = expr.item + 1;  // the last operand comes first in the tree
+    std::uint32_t operand_item = item + 1;  // the last operand comes first in the tree
     const std::uint32_t before_last = operand_item + typing.tree.items[operand_item].extent;
     for (std::int32_t k = info.num_params - 1; k >= 0; --k) {
         const bool has_other = info.num_params == 2;
-        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : expr.item + 1) : std::uint8_t{0};
+        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : item + 1) : std::uint8_t{0};
         if (info.params[static_cast<std::size_t>(k)].type == VALUE &&
-            failed(visit_later(typing, operand_item, is_text_operand(code, k, expr.text_context, other)))) {
+            failed(visit_later(typing, operand_item, is_text_operand(code, k, text_context, other)))) {
             return result::failed;
         }
         operand_item += typing.tree.items[operand_item].extent;
@@ -74,20 +74,20 @@ result visit_operands(typer& typing, const pending_expr& expr, std::uint8_t code
     return result::ok;
 }
 
-result visit_item(typer& typing, const pending_expr& expr) {
-    const std::int32_t offset = typing.tree.items[expr.item].offset;
+result visit_item(typer& typing, std::uint32_t item, bool text_context) {
+    const std::int32_t offset = typing.tree.items[item].offset;
     const std::uint8_t code = conv_byte(typing.script, offset);
     switch (*offset_table_find(typing.script.code_offset_table, offset)) {
         case LITERAL:
             if (code != OP_INT32) return result::ok;
-            return type_block(typing, conv_int32(typing.script, offset + 1), expr.text_context);
+            return type_block(typing, conv_int32(typing.script, offset + 1), text_context);
         case OPERATOR:
         case FUNCTION: {
-            const std::uint32_t assign = code == OP_EVAL ? expr_assign(typing.tree, expr.item) : 0;
+            const std::uint32_t assign = code == OP_EVAL ? expr_assign(typing.tree, item) : 0;
             // Of an assignment only the target is visited.
-            if (assign != 0) return visit_later(typing, assign + 1, expr.text_context);
+            if (assign != 0) return visit_later(typing, assign + 1, text_context);
             if (code_info[code].num_params == 0) return result::ok;
-            return visit_operands(typing, expr, code);
+            return visit_operands(typing, item, code, text_context);
         }
         default:
             return result::ok;
@@ -97,9 +97,11 @@ result visit_item(typer& typing, const pending_expr& expr) {
 result type_expression(typer& typing, std::uint32_t root, bool text_context) {
     if (failed(visit_later(typing, root, text_context))) return result::failed;
     while (!typing.pending.empty()) {
-        const pending_expr expr = typing.pending.back();
+        const pending_expr& last = typing.pending.back();
+        const std::uint32_t item = last.item;
+        const bool in_text_context = last.text_context;
         typing.pending.pop_back();
-        if (failed(visit_item(typing, expr))) return result::failed;
+        if (failed(visit_item(typing, item, in_text_context))) return result::failed;
     }
     return result::ok;
 }
