@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "base/options.h"
@@ -67,9 +68,31 @@ struct param_info {
     const char* name = nullptr;  // documents the operand; never printed
 };
 
+// A name in a place of fixed size, so that printing it is one copy of that size.
+class code_name {
+public:
+    static constexpr std::size_t max_size = 16;
+
+    constexpr code_name() = default;
+    constexpr code_name(std::string_view name) : size_(static_cast<std::uint8_t>(name.size())) {
+        for (std::size_t i = 0; i < name.size(); ++i) text_[i] = name[i];
+    }
+    constexpr operator std::string_view() const { return {text_.data(), size_}; }
+
+    // Copies max_size bytes and returns the end of the name.
+    char* copy_padded(char* to) const {
+        std::memcpy(to, text_.data(), max_size);
+        return to + size_;
+    }
+
+private:
+    std::array<char, max_size> text_{};
+    std::uint8_t size_ = 0;
+};
+
 struct code_info_entry {
     code_type type = NONE;
-    std::string_view name;
+    code_name name;
     std::int32_t num_params = 0;
     std::array<param_info, max_params> params = {};
 };

@@ -45,9 +45,7 @@ char* put_label(char* to, const conv& script, std::uint32_t offset) {
 
 void print_indent(writer& out, int n) {
     static constexpr std::string_view spaces = "                                                                ";
-    for (std::size_t left = 4 * static_cast<std::size_t>(std::max(n, 0)); left != 0;) {
-        const std::size_t count = std::min(left, spaces.size());
-        out.put(spaces.substr(0, count));
-        left -= count;
-    }
+    std::size_t left = 4 * static_cast<std::size_t>(std::max(n, 0));
+    for (; left > spaces.size(); left -= spaces.size()) out.put(spaces);
+    out.advance(put_text(out.room(spaces.size()), spaces) - spaces.size() + left);
 }

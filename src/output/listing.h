@@ -37,5 +37,10 @@ char* put_label(char* to, const conv& script, std::uint32_t offset);
 inline constexpr std::size_t label_size = 14;
 inline constexpr std::size_t max_decimal_size = 10;
 
+// The name of an opcode.
+inline void print_name(writer& out, std::uint8_t code) {
+    out.advance(code_info[code].name.copy_padded(out.room(code_name::max_size)));
+}
+
 // Four spaces, n times.
 void print_indent(writer& out, int n);

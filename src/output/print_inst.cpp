@@ -38,13 +38,13 @@ result print_operand(listing& print, const inst& node, const operand& param) {
 result print_declaration(listing& print, const inst& node) {
     const inst_tree& tree = print.script.tree;
     if (!options.omit_decl) {
-        print.out.put(code_info[node.code].name);
+        print_name(print.out, node.code);
         print.out.put(' ');
     }
     if (failed(sprint_eval(print, inst_param(tree, node, 0).value))) return result::failed;
     if (node.num_params < 3) return result::ok;
     print.out.put(' ');
-    print.out.put(code_info[OP_ASSIGN].name);
+    print_name(print.out, OP_ASSIGN);
     print.out.put(' ');
     return sprint_eval(print, inst_param(tree, node, 2).value);
 }
@@ -80,7 +80,7 @@ result print_statement(listing& print, const inst& node, int depth) {
     if (node.code == OP_DECL) {
         if (failed(print_declaration(print, node))) return result::failed;
     } else {
-        print.out.put(code_info[node.code].name);
+        print_name(print.out, node.code);
         if (node.code != OP_ELSE && failed(print_operands(print, node))) return result::failed;
     }
     print.out.put('\n');

@@ -15,6 +15,10 @@ struct clipped_text {
     void put(std::string_view text) {
         end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end)));
     }
+    void put(const code_name& name) {
+        if (static_cast<std::size_t>(limit - end) < code_name::max_size) return put(std::string_view(name));
+        end = name.copy_padded(end);
+    }
     void put(char character) {
         if (!is_full()) *end++ = character;
     }
