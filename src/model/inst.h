@@ -55,6 +55,7 @@ struct inst_tree {
     array<operand> operands;
     array<expr_item> items;
     array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
+    array<inst_index> directory;    // for inst_find: by script offset, where to start looking
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
@@ -75,7 +76,10 @@ inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t
     return tree.operands[node.params + k];
 }
 
-// The node with this offset, or no_inst.
+// Prepares inst_find for a finished tree over a script of `script_size` bytes. The same failure.
+result inst_build_directory(inst_tree& tree, std::int32_t script_size);
+
+// The walked node with this offset, or no_inst.
 inst_index inst_find(const inst_tree& tree, std::int32_t offset);
 
 // Releases all nodes, operands and items.

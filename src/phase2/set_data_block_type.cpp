@@ -124,6 +124,8 @@ result type_operands(typer& typing, const inst& node) {
 
 result set_data_block_type(conv& script) {
     typer typing = {script, script.tree, {}};
+    if (script.tree.block_users.empty()) return result::ok;
+    if (failed(inst_build_directory(script.tree, script.data_size))) return result::failed;
     // The users stand in the order of the listing, each before its sub block.
     for (const inst_index user : script.tree.block_users) {
         if (failed(type_operands(typing, script.tree.nodes[user]))) return result::failed;
