@@ -24,6 +24,7 @@ namespace {
     }
     va_end(again);
     diagnostics.put('\n');
+    ++reported_messages;
 }
 
 }  // namespace

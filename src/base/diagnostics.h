@@ -9,6 +9,9 @@
 // buffered; the driver flushes them before the listing starts and when the run ends.
 inline writer diagnostics;
 
+// How many messages the process has reported.
+inline std::uint32_t reported_messages = 0;
+
 [[gnu::format(printf, 2, 3)]] void report(const char* severity, const char* format, ...);
 [[gnu::format(printf, 3, 4)]] void report_at(const char* severity, int line, const char* format, ...);
 

@@ -92,6 +92,7 @@ result add_outside(offset_table& table, std::int32_t offset, code_type type) {
         return result::ok;
     }
     if (!table.outside.push_back(offset)) return memory_exhausted(table.outside.growth_bytes());
+    ++table.inserted;
     const std::size_t size = table.outside.size();
     table.settled = table.settled && (size == 1 || table.outside[size - 2] < offset);
     return result::ok;
@@ -107,6 +108,7 @@ result allocate_marks(offset_table& table) {
 void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::int32_t script_size) {
     table.bits = bits;
     table.script_size = script_size;
+    table.inserted = 0;
     table.inside = &inside;
     table.outside.release();
     table.settled = true;

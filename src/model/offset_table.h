@@ -33,6 +33,7 @@ using marks = array<std::uint8_t>;
 struct offset_table {
     mark_bits bits;
     std::int32_t script_size = 0;
+    std::int32_t inserted = 0;            // how many entries were ever added, those outside twice perhaps
     marks* inside = nullptr;              // shared by the script's tables; empty before the first entry
     mutable array<std::int32_t> outside;  // offsets outside the script; in order while settled
     mutable bool settled = true;
@@ -103,6 +104,7 @@ inline result offset_table_add(offset_table& table, std::int32_t offset, code_ty
     if (position >= table.inside->size()) [[unlikely]] return add_or_retype(table, offset, type);
     std::uint8_t& mark = (*table.inside)[position];
     if ((mark & table.bits.mask) != 0) return add_or_retype(table, offset, type);
+    ++table.inserted;
     const unsigned stored = static_cast<unsigned>(type) - table.bits.first_type + 1;
     mark = static_cast<std::uint8_t>(mark | stored << table.bits.shift);
     return result::ok;

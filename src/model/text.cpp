@@ -2,25 +2,46 @@
 
 #include "base/diagnostics.h"
 
-result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
-    const std::span<const std::uint8_t> bytes = conv_bytes(script, start, end);
+namespace {
+
+// Where a text ends, or the fault that stops it: a lead byte without its trail byte, or a passage
+// that is open at the end of the bytes.
+struct text_end {
+    std::size_t position;
+    enum : std::uint8_t { proper, malformed, unclosed } state;
+};
+
+text_end find_text_end(std::span<const std::uint8_t> bytes) {
     std::size_t position = 0;
     for (;;) {
         while (position < bytes.size() && code_types[bytes[position]] == TEXT) ++position;
-        if (position == bytes.size() || code_types[bytes[position]] != MB_IN) break;
+        if (position == bytes.size() || code_types[bytes[position]] != MB_IN) return {position, text_end::proper};
         // A passage, up to its "}".
         for (++position; position < bytes.size() && code_types[bytes[position]] != MB_OUT; ++position) {
             if (!is_lead_byte(bytes[position])) continue;
             if (bytes.size() - position < 2 || !is_trail_byte(bytes[position + 1])) {
-                return report_malformed_text(script, start + static_cast<std::int32_t>(position), end);
+                return {position, text_end::malformed};
             }
             ++position;
         }
-        if (position == bytes.size()) return report_malformed_text(script, start, end);
+        if (position == bytes.size()) return {position, text_end::unclosed};
         ++position;
     }
-    length = static_cast<std::int32_t>(position);
+}
+
+}  // namespace
+
+result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
+    const text_end found = find_text_end(conv_bytes(script, start, end));
+    length = static_cast<std::int32_t>(found.position);
+    if (found.state == text_end::malformed) return report_malformed_text(script, start + length, end);
+    if (found.state == text_end::unclosed) return report_malformed_text(script, start, end);
     return result::ok;
+}
+
+bool is_outside_passage(const conv& script, std::int32_t start, std::int32_t position) {
+    const text_end found = find_text_end(conv_bytes(script, start, position));
+    return found.state == text_end::proper && static_cast<std::int32_t>(found.position) == position - start;
 }
 
 failure report_malformed_text(const conv& script, std::int32_t offset, std::int32_t end) {

@@ -19,6 +19,9 @@ constexpr bool is_trail_byte(std::uint8_t byte) {
 // malformed or not closed.
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length);
 
+// Whether a position of the well-formed text that begins at `start` lies outside its passages.
+bool is_outside_passage(const conv& script, std::int32_t start, std::int32_t position);
+
 // Reports a malformed text and returns the failure: at `offset` stands either a lead byte without
 // its trail byte, or the first byte of a text with a passage that is not closed before `end`.
 failure report_malformed_text(const conv& script, std::int32_t offset, std::int32_t end);

@@ -3,10 +3,11 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <utility>
 
 #include "base/diagnostics.h"
 #include "model/block.h"
-#include "model/text.h"
+#include "phase1/known_path_1.h"
 #include "phase1/parse_operand_1.h"
 #include "phase1/recover_1.h"
 
@@ -17,6 +18,8 @@ struct walker {
     // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
     // lowest on top. Those walked since are dropped when they come up.
     array<std::int32_t> open_targets;
+    path_memory memory;
+    int sidents = 0;  // how often the npc id was taken
     int depth = 0;
 };
 
@@ -76,7 +79,7 @@ std::optional<std::int32_t> take_open_target(walker& shared) {
 // Steps over the text at the cursor and records where it begins.
 result walk_text(walk& block) {
     std::int32_t length = 0;
-    if (failed(text_length(block.script, block.cursor, block.script.data_size, length))) {
+    if (failed(text_length_from(block.shared.memory, block.script, block.cursor, length))) {
         return ERROR("can't get text length: offset=%08X", block.cursor);
     }
     block.cursor += length;
@@ -227,7 +230,10 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
             return walk_text(block);
         case BYTE:
             if (failed(add_number(block, start, code, BYTE, 1))) return result::failed;
-            if (code == OP_SIDENT) script.npc_id = first;
+            if (code == OP_SIDENT) {
+                script.npc_id = first;
+                ++block.shared.sidents;
+            }
             block.cursor += 1;
             return result::ok;
         case INT16:
@@ -316,9 +322,21 @@ bool walk_past_data_block(walk& block) {
     }
     const auto target = take_open_target(block.shared);
     if (!target) return false;
-    block.cursor = *target;
+    const std::int32_t end = std::exchange(block.cursor, *target);
     INFORMATION(1, "next offset=%08X", block.cursor);
+    finish_path(block.shared.memory, block.script, end);
     return true;
+}
+
+// A step of the top-level walk, unless the way from here on is known.
+result walk_top_level_step(walk& block, std::uint8_t code) {
+    walker& shared = block.shared;
+    if (follow_known_path(shared.memory, block.script, block.cursor)) return result::ok;
+    const std::int32_t start = block.cursor;
+    const int sidents = shared.sidents;
+    if (failed(walk_step(block, code))) return result::failed;
+    note_step(shared.memory, block.script, start, sidents != shared.sidents);
+    return result::ok;
 }
 
 // Walks to the byte that closes the block, a data block or the script's end.
@@ -336,7 +354,7 @@ result walk_block(walk& block) {
                   grandparent);
             break;
         }
-        if (failed(walk_step(block, code))) return result::failed;
+        if (failed(parent == 0 ? walk_top_level_step(block, code) : walk_step(block, code))) return result::failed;
     }
     if (block.cursor > block.script.data_size) {
         return ERROR("buffer overrun: offset=%08X, data_size=%08X", block.cursor, block.script.data_size);
@@ -348,7 +366,7 @@ result walk_block(walk& block) {
 }  // namespace
 
 result parse_conv_1(conv& script) {
-    walker shared = {script, {}, 0};
+    walker shared = {script, {}, {}};
     walk top_level = {shared, script, 0, {}};
     return walk_block(top_level);
 }

@@ -1,0 +1,45 @@
+// Phase 1: what a walk is known to do again.
+//
+// At a data block the top-level walk goes on at the lowest jump target not walked yet. Thousands
+// of targets may lie in one text; then each walk would take the whole way from that text to the
+// next data block once more, only to find everything recorded. A walk that comes to a step of the
+// walk before it goes on where that one ended instead.
+#pragma once
+
+#include <cstdint>
+
+#include "model/conv.h"
+
+// The steps of one walk between two code breaks: those since its last message or its last new
+// data block start, so that walking them again has no effect but to set the npc id.
+struct known_path {
+    array<std::int32_t> steps;       // where they begin, ascending
+    std::int32_t end = 0;            // the data block start where the walk ended
+    std::int32_t last_sident = -1;   // the step that took the npc id last
+    std::uint32_t npc_id = no_npc_id;
+    std::uint32_t messages = 0;      // how many there had been
+    std::int32_t data_blocks = 0;    // how many data block starts had been added
+};
+
+struct path_memory {
+    known_path latest;   // the last walk that took a way of its own
+    known_path current;  // this walk, so far
+    bool records = false;   // from the first code break on
+    bool followed = false;  // this walk ended by following the latest
+    std::int32_t text_start = 0;  // the text run walked last, if any
+    std::int32_t text_end = 0;
+};
+
+// To be called at a code break, when the walk that ended at `end` is done and the next begins.
+void finish_path(path_memory& memory, const conv& script, std::int32_t end);
+
+// To be called when the step that began at `start` is done; `is_sident` says whether it took the
+// npc id. Running out of memory only makes the memory forget.
+void note_step(path_memory& memory, const conv& script, std::int32_t start, bool is_sident);
+
+// Whether the walk knows the way from `cursor` on. Then it moves there and sets the npc id.
+bool follow_known_path(path_memory& memory, conv& script, std::int32_t& cursor);
+
+// The length of the text run at `start`, as text_length gives it for the rest of the script. A
+// run that is the end of the one walked last is not measured again.
+result text_length_from(path_memory& memory, const conv& script, std::int32_t start, std::int32_t& length);
