@@ -23,8 +23,7 @@ inline bool verbose(int level) { return options.verbose_level >= level; }
 // level 2 on; below their level they cost one branch.
 #define ERROR(...) (report_at("ERROR", __LINE__, __VA_ARGS__), failure())
 #define WARNING(...) report_at("WARNING", __LINE__, __VA_ARGS__)
-#define INFORMATION(level, ...) \
-    (verbose(level) ? report_at("INFORMATION", __LINE__, __VA_ARGS__) : void())
+#define INFORMATION(level, ...) (verbose(level) ? report_at("INFORMATION", __LINE__, __VA_ARGS__) : void())
 #define DEBUG(...) (verbose(2) ? report_at("DEBUG", __LINE__, __VA_ARGS__) : void())
 #define TRACE(...) (verbose(2) ? report("DEBUG", __VA_ARGS__) : void())
 

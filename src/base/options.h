@@ -16,8 +16,8 @@ struct run_options {
     bool omit_eval = false;
     bool omit_int32 = false;
 
-    bool endif_without_if = false;   // phase 2 met an endif that closes no if
-    std::int32_t text_counter = 0;   // texts entered in the text table so far
+    bool endif_without_if = false;  // phase 2 met an endif that closes no if
+    std::int32_t text_counter = 0;  // texts entered in the text table so far
 };
 
 inline run_options options;

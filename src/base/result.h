@@ -3,7 +3,9 @@
 
 #include <optional>
 
+// clang-format off
 enum class [[nodiscard]] result : bool { failed, ok };
+// clang-format on
 
 constexpr bool failed(result outcome) { return outcome == result::failed; }
 

@@ -1,6 +1,6 @@
 #include "driver/command_line.h"
 
-#include <iterator>
+#include <optional>
 #include <string_view>
 
 #include "base/diagnostics.h"
@@ -32,35 +32,39 @@ void print_usage() {
 
 void print_version() { diagnostics.put("varsul - Kelvorath converse file discompiler version " VARSUL_VERSION "\n"); }
 
-// Does what an option asks for, with the argument that follows it where it takes one. Fails when
-// the run ends there.
-using option_action = result (*)(command_line& line, const char* argument);
-
+// An option and the one thing that it does.
 struct option_row {
     std::string_view short_name;
     std::string_view long_name;
-    const char* missing_argument;  // the message when it lacks its argument; null when it takes none
-    option_action act;
+    void (*print)() = nullptr;  // prints a text and ends the run
+    std::optional<game_mode_id> mode = std::nullopt;
+    bool* flag = nullptr;
+    bool command_line::*line_flag = nullptr;
+    int* counter = nullptr;
+    const char* command_line::*file = nullptr;  // takes the next argument
+    const char* missing_file = nullptr;         // the message when there is none
 };
 
+// clang-format off
 constexpr option_row option_rows[] = {
-    {"-?", "--help", nullptr, [](command_line&, const char*) { print_usage(); return result::failed; }},
-    {"-v", "--version", nullptr, [](command_line&, const char*) { print_version(); return result::failed; }},
-    {"", "--kv", nullptr, [](command_line&, const char*) { options.game_mode = game_mode_id::kelvorath; return result::ok; }},
-    {"", "--bh", nullptr, [](command_line&, const char*) { options.game_mode = game_mode_id::brenhollow; return result::ok; }},
-    {"", "--qf", nullptr, [](command_line&, const char*) { options.game_mode = game_mode_id::quillfen; return result::ok; }},
-    {"-o", "--output", "no output file", [](command_line& line, const char* name) { line.output = name; return result::ok; }},
-    {"-d", "--dump", nullptr, [](command_line& line, const char*) { line.dump = true; return result::ok; }},
-    {"-t", "--text", "no text file", [](command_line& line, const char* name) { line.text = name; return result::ok; }},
-    {"-T", "--text-label", nullptr, [](command_line&, const char*) { options.text_label = true; return result::ok; }},
-    {"-E", "--error", "no error file", [](command_line& line, const char* name) { line.error = name; return result::ok; }},
-    {"", "--verbosity-parenthesis", nullptr, [](command_line&, const char*) { options.verbosity_parenthesis = true; return result::ok; }},
-    {"", "--omit-decl", nullptr, [](command_line&, const char*) { options.omit_decl = true; return result::ok; }},
-    {"", "--omit-eval", nullptr, [](command_line&, const char*) { options.omit_eval = true; return result::ok; }},
-    {"", "--omit-int32", nullptr, [](command_line&, const char*) { options.omit_int32 = true; return result::ok; }},
-    {"-V", "--verbose", nullptr, [](command_line&, const char*) { ++options.verbose_level; return result::ok; }},
-    {"", "--no-int16-to-text", nullptr, [](command_line&, const char*) { options.no_int16_to_text = true; return result::ok; }},
+    {.short_name = "-?", .long_name = "--help",                  .print = print_usage},
+    {.short_name = "-v", .long_name = "--version",               .print = print_version},
+    {.short_name = "",   .long_name = "--kv",                    .mode = game_mode_id::kelvorath},
+    {.short_name = "",   .long_name = "--bh",                    .mode = game_mode_id::brenhollow},
+    {.short_name = "",   .long_name = "--qf",                    .mode = game_mode_id::quillfen},
+    {.short_name = "-o", .long_name = "--output",                .file = &command_line::output, .missing_file = "no output file"},
+    {.short_name = "-d", .long_name = "--dump",                  .line_flag = &command_line::dump},
+    {.short_name = "-t", .long_name = "--text",                  .file = &command_line::text,   .missing_file = "no text file"},
+    {.short_name = "-T", .long_name = "--text-label",            .flag = &options.text_label},
+    {.short_name = "-E", .long_name = "--error",                 .file = &command_line::error,  .missing_file = "no error file"},
+    {.short_name = "",   .long_name = "--verbosity-parenthesis", .flag = &options.verbosity_parenthesis},
+    {.short_name = "",   .long_name = "--omit-decl",             .flag = &options.omit_decl},
+    {.short_name = "",   .long_name = "--omit-eval",             .flag = &options.omit_eval},
+    {.short_name = "",   .long_name = "--omit-int32",            .flag = &options.omit_int32},
+    {.short_name = "-V", .long_name = "--verbose",               .counter = &options.verbose_level},
+    {.short_name = "",   .long_name = "--no-int16-to-text",      .flag = &options.no_int16_to_text},
 };
+// clang-format on
 
 const option_row* find_option(std::string_view name) {
     for (const option_row& row : option_rows) {
@@ -69,9 +73,32 @@ const option_row* find_option(std::string_view name) {
     return nullptr;
 }
 
+// Does what an option without an argument asks for. Fails when the run ends there.
+result act(const option_row& row, command_line& line) {
+    if (row.mode) options.game_mode = *row.mode;
+    if (row.flag != nullptr) *row.flag = true;
+    if (row.line_flag != nullptr) line.*row.line_flag = true;
+    if (row.counter != nullptr) ++*row.counter;
+    if (row.print == nullptr) return result::ok;
+    row.print();
+    return result::failed;
+}
+
 result take_script_name(command_line& line, const char* name) {
     if (line.script != nullptr) return RUN_ERROR("illegal parameter '%s'", name);
     line.script = name;
+    return result::ok;
+}
+
+// Takes the argument at `i`, which it moves to the last one that belongs to it.
+result take_argument(int argc, const char* const* argv, int& i, command_line& line) {
+    const char* const argument = argv[i];
+    if (argument[0] != '-') return take_script_name(line, argument);
+    const option_row* const row = find_option(argument);
+    if (row == nullptr) return RUN_ERROR("unknown option '%s'", argument);
+    if (row->file == nullptr) return act(*row, line);
+    if (i + 1 == argc) return RUN_ERROR("%s", row->missing_file);
+    line.*row->file = argv[++i];
     return result::ok;
 }
 
@@ -79,18 +106,7 @@ result take_script_name(command_line& line, const char* name) {
 
 result parse_command_line(int argc, const char* const* argv, command_line& line) {
     for (int i = 1; i < argc; ++i) {
-        const char* argument = argv[i];
-        if (argument[0] != '-') {
-            if (failed(take_script_name(line, argument))) return result::failed;
-            continue;
-        }
-        const option_row* const row = find_option(argument);
-        if (row == nullptr) return RUN_ERROR("unknown option '%s'", argument);
-        if (row->missing_argument != nullptr) {
-            if (++i == argc) return RUN_ERROR("%s", row->missing_argument);
-            argument = argv[i];
-        }
-        if (failed(row->act(line, argument))) return result::failed;
+        if (failed(take_argument(argc, argv, i, line))) return result::failed;
     }
     return result::ok;
 }

@@ -16,8 +16,7 @@ struct block_kind {
 };
 
 constexpr bool closes_branch(int code, std::uint8_t parent) {
-    return (parent == OP_IF && (code == OP_ENDIF || code == OP_ELSE)) ||
-           (parent == OP_ELSE && code == OP_ENDIF);
+    return (parent == OP_IF && (code == OP_ENDIF || code == OP_ELSE)) || (parent == OP_ELSE && code == OP_ENDIF);
 }
 
 // Whether a block ends before this byte. An answer also ends at what closes the branch in which

@@ -1,5 +1,7 @@
 #include "model/code_info.h"
 
+#include <algorithm>
+
 namespace {
 
 using operands = std::array<param_info, max_params>;
@@ -161,13 +163,11 @@ constexpr bool rows_ascend() {
 }
 
 constexpr bool literals_have_one_number() {
-    for (const code_info_entry& entry : stored_table) {
-        if (entry.type != LITERAL) continue;
+    return std::ranges::all_of(stored_table, [](const code_info_entry& entry) {
         const code_type number = entry.params[0].type;
-        if (entry.num_params != 1) return false;
-        if (number != BYTE && number != INT16 && number != INT32) return false;
-    }
-    return true;
+        return entry.type != LITERAL ||
+               (entry.num_params == 1 && (number == BYTE || number == INT16 || number == INT32));
+    });
 }
 
 constexpr std::size_t count_of(code_type type) {

@@ -106,8 +106,6 @@ extern std::array<code_type, 256> code_types;
 // Puts the game's own meaning of the bytes 0xD1 and 0xDF into the table.
 void select_game_mode(game_mode_id game_mode);
 
-inline bool begins_text(std::uint8_t byte) {
-    return code_types[byte] == TEXT || code_types[byte] == MB_IN;
-}
+inline bool begins_text(std::uint8_t byte) { return code_types[byte] == TEXT || code_types[byte] == MB_IN; }
 // "$var", "$str" and "data" can close a variable reference and stand before an assignment.
 constexpr bool is_reference(int code) { return code == OP_VAR || code == OP_STR || code == OP_DATA; }

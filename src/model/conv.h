@@ -39,19 +39,13 @@ void conv_free(conv& script);
 
 // Every read of the script goes through these: a byte outside the script reads as 0. Numbers are
 // stored low byte first.
-inline bool conv_has(const conv& script, std::int32_t offset) {
-    return offset >= 0 && offset < script.data_size;
-}
+inline bool conv_has(const conv& script, std::int32_t offset) { return offset >= 0 && offset < script.data_size; }
 inline std::uint8_t conv_byte(const conv& script, std::int32_t offset) {
     return conv_has(script, offset) ? script.buffer[static_cast<std::size_t>(offset)] : std::uint8_t{0};
 }
 std::uint32_t conv_number(const conv& script, std::int32_t offset, int bytes);
-inline std::uint32_t conv_int16(const conv& script, std::int32_t offset) {
-    return conv_number(script, offset, 2);
-}
-inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) {
-    return conv_number(script, offset, 4);
-}
+inline std::uint32_t conv_int16(const conv& script, std::int32_t offset) { return conv_number(script, offset, 2); }
+inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) { return conv_number(script, offset, 4); }
 
 // The bytes from `start` up to `end`, as far as they lie inside the script.
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end);

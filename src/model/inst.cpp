@@ -25,7 +25,8 @@ result inst_build_directory(inst_tree& tree, std::int32_t script_size) {
     std::size_t entry = 0;
     for (inst_index node = 0; node < tree.walked && entry < size; ++node) {
         const std::int64_t offset = tree.nodes[node].offset;
-        while (entry < size && offset >= static_cast<std::int64_t>(entry) * directory_step) tree.directory[entry++] = node;
+        while (entry < size && offset >= static_cast<std::int64_t>(entry) * directory_step)
+            tree.directory[entry++] = node;
     }
     while (entry < size) tree.directory[entry++] = tree.walked;
     return result::ok;
@@ -39,7 +40,8 @@ inst_index inst_find(const inst_tree& tree, std::int32_t offset) {
         node += tree.directory[entry];
         while (node != end && node->offset < offset) ++node;
     } else {
-        node = std::lower_bound(node, end, offset, [](const inst& other, std::int32_t wanted) { return other.offset < wanted; });
+        node = std::lower_bound(node, end, offset,
+                                [](const inst& other, std::int32_t wanted) { return other.offset < wanted; });
     }
     return node == end || node->offset != offset ? no_inst : static_cast<inst_index>(node - tree.nodes.begin());
 }

@@ -6,9 +6,7 @@
 
 namespace {
 
-bool is_inside(const offset_table& table, std::int32_t offset) {
-    return offset >= 0 && offset < table.script_size;
-}
+bool is_inside(const offset_table& table, std::int32_t offset) { return offset >= 0 && offset < table.script_size; }
 
 bool is_marked(const offset_table& table, std::int32_t offset) {
     return ((*table.inside)[static_cast<std::size_t>(offset)] & table.bits.mask) != 0;

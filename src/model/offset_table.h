@@ -82,7 +82,8 @@ std::int64_t find_first_above(const offset_table& table, std::int32_t offset);
 
 inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
-    if (position >= table.inside->size()) [[unlikely]] return find_outside(table, offset);
+    if (position >= table.inside->size()) [[unlikely]]
+        return find_outside(table, offset);
     const unsigned stored = static_cast<unsigned>((*table.inside)[position] & table.bits.mask) >> table.bits.shift;
     if (stored == 0) return std::nullopt;
     return static_cast<code_type>(table.bits.first_type + stored - 1);
@@ -101,7 +102,8 @@ inline std::optional<std::int32_t> offset_table_first_above(const offset_table& 
 
 inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
     const auto position = static_cast<std::uint32_t>(offset);
-    if (position >= table.inside->size()) [[unlikely]] return add_or_retype(table, offset, type);
+    if (position >= table.inside->size()) [[unlikely]]
+        return add_or_retype(table, offset, type);
     std::uint8_t& mark = (*table.inside)[position];
     if ((mark & table.bits.mask) != 0) return add_or_retype(table, offset, type);
     ++table.inserted;

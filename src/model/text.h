@@ -10,9 +10,7 @@
 constexpr bool is_lead_byte(std::uint8_t byte) {
     return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
-constexpr bool is_trail_byte(std::uint8_t byte) {
-    return byte >= 0x40 && byte <= 0xFC && byte != 0x7F;
-}
+constexpr bool is_trail_byte(std::uint8_t byte) { return byte >= 0x40 && byte <= 0xFC && byte != 0x7F; }
 
 // The length in bytes of the text that starts at `start` and ends before the first byte, outside
 // a passage, that is no text, at `end` at the latest. Fails after an ERROR line when a passage is

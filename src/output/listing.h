@@ -18,7 +18,7 @@ struct pending_piece {
 struct listing {
     conv& script;
     writer& out;
-    writer* text_file;  // the text table, or null
+    writer* text_file;                 // the text table, or null
     array<pending_piece> pieces = {};  // kept from one expression to the next for its memory
 };
 

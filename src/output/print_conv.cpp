@@ -104,12 +104,10 @@ result print_node(listing& print, const inst& node, const node_list& list) {
     print_dump(print, node.offset, size);
     switch (node.type) {
         case TEXT:
-        case MB_IN:
-            return print_text(print, node, depth);
+        case MB_IN: return print_text(print, node, depth);
         case DATA_TEXT:
         case DATA_INT16:
-        case DATA:
-            return print_data_block(print, node, depth, size);
+        case DATA: return print_data_block(print, node, depth, size);
         case STATEMENT:
             if (failed(print_statement(print, node, depth))) return result::failed;
             return print_sub_block(print, node, list);

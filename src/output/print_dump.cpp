@@ -87,9 +87,9 @@ void report_dump_count(const conv& script) {
         const std::uint8_t* const behind =
             std::find_if(first, end, [count](std::uint8_t other) { return other != count; });
         if (count != 1) {
-            const int size = std::snprintf(line, sizeof line, "dump count = %4d: %08X - %08X\n", count,
-                                           static_cast<unsigned>(first - counts),
-                                           static_cast<unsigned>(behind - 1 - counts));
+            const int size =
+                std::snprintf(line, sizeof line, "dump count = %4d: %08X - %08X\n", count,
+                              static_cast<unsigned>(first - counts), static_cast<unsigned>(behind - 1 - counts));
             diagnostics.put({line, static_cast<std::size_t>(size)});
         }
         first = behind;

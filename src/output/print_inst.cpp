@@ -13,21 +13,15 @@ void print_label(listing& print, std::uint32_t offset) {
 result print_operand(listing& print, const inst& node, const operand& param) {
     writer& out = print.out;
     switch (param.type) {
-        case TEXT:
-            return print_quoted_text(print, param);
-        case BYTE:
-            out.advance(put_decimal(out.room(max_decimal_size), param.value));
-            return result::ok;
-        case INT32:
-            print_label(print, param.value);
-            return result::ok;
+        case TEXT: return print_quoted_text(print, param);
+        case BYTE: out.advance(put_decimal(out.room(max_decimal_size), param.value)); return result::ok;
+        case INT32: print_label(print, param.value); return result::ok;
         case STR32:
             out.put("int32 ");
             print_label(print, param.value);
             return result::ok;
         case VARIABLE:
-        case VALUE:
-            return sprint_eval(print, param.value);
+        case VALUE: return sprint_eval(print, param.value);
         default:
             return ERROR("BUG: illegal parameter type: offset=%08X, param=%08X, type=%02X", node.offset, param.offset,
                          param.type);
@@ -62,8 +56,8 @@ void print_unknown(listing& print, const inst& node, int depth, std::int32_t siz
     writer& out = print.out;
     for (std::int32_t i = 0; i < size; i += 2) {
         const bool is_byte = size - i == 1;
-        const std::uint32_t number = is_byte ? conv_byte(print.script, node.offset + i)
-                                             : conv_int16(print.script, node.offset + i);
+        const std::uint32_t number =
+            is_byte ? conv_byte(print.script, node.offset + i) : conv_int16(print.script, node.offset + i);
         print_indent(out, depth);
         out.put(is_byte ? ".unknown.byte 0x" : ".unknown 0x");
         out.advance(put_hex(out.room(4), number, is_byte ? 2 : 4));
@@ -106,8 +100,6 @@ result print_data_block(listing& print, const inst& node, int depth, std::int32_
             out.advance(put_decimal(out.room(max_decimal_size), param.value));
             out.put('\n');
             return result::ok;
-        default:
-            print_unknown(print, node, depth, size);
-            return result::ok;
+        default: print_unknown(print, node, depth, size); return result::ok;
     }
 }

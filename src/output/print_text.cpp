@@ -51,8 +51,10 @@ void put_escaped(writer& out, std::string_view text, bool& in_passage) {
             out.put(letter);
             copied = position + 1;
         } else if (in_passage) {
-            if (code_types[byte] == MB_OUT) in_passage = false;
-            else if (is_lead_byte(byte)) ++position;
+            if (code_types[byte] == MB_OUT)
+                in_passage = false;
+            else if (is_lead_byte(byte))
+                ++position;
         } else if (code_types[byte] == MB_IN) {
             in_passage = true;
         }
@@ -132,7 +134,7 @@ result print_text(listing& print, const inst& node, int depth) {
     bool in_passage = false;
     while (!rest.empty()) {
         const std::size_t newline = rest.find('\n');  // never the trail byte of a character
-        const std::string_view line = rest.substr(0, newline == rest.npos ? newline : newline + 1);
+        const std::string_view line = rest.substr(0, newline == std::string_view::npos ? newline : newline + 1);
         print_indent(out, depth);
         out.put('"');
         put_escaped(out, line, in_passage);

@@ -12,9 +12,7 @@ struct clipped_text {
     char* limit;
 
     [[nodiscard]] bool is_full() const { return end == limit; }
-    void put(std::string_view text) {
-        end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end)));
-    }
+    void put(std::string_view text) { end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end))); }
     void put(const code_name& name) {
         if (static_cast<std::size_t>(limit - end) < code_name::max_size) return put(std::string_view(name));
         end = name.copy_padded(end);
@@ -74,8 +72,8 @@ struct renderer {
     const conv& script;
     array<pending_piece>& pieces;  // to be rendered later, the next one last
     clipped_text text;
-    std::uint32_t item;            // to be rendered now, or no_item
-    std::uint8_t parent;           // the code of the operator or function around it, 0 for none
+    std::uint32_t item;   // to be rendered now, or no_item
+    std::uint8_t parent;  // the code of the operator or function around it, 0 for none
 };
 
 std::int32_t item_offset(const renderer& render, std::uint32_t item) { return render.script.tree.items[item].offset; }
@@ -149,13 +147,11 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     switch (code_info[code].params[0].type) {
         case INT16:
             render.text.put("0x");
-            return render.text.put_filled<4>(
-                [&](char* to) { return put_hex(to, conv_int16(script, offset + 1), 4); });
+            return render.text.put_filled<4>([&](char* to) { return put_hex(to, conv_int16(script, offset + 1), 4); });
         case INT32:
             return render.text.put_filled<label_size>(
                 [&](char* to) { return put_label(to, script, conv_int32(script, offset + 1)); });
-        default:
-            return render_number(render, conv_byte(script, offset + 1));
+        default: return render_number(render, conv_byte(script, offset + 1));
     }
 }
 
@@ -168,9 +164,9 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     const bool wraps_all = is_wrapped(code, parent);
     if (wraps_all) render.text.put('(');
     descend(render, left, code);
-    return (!wraps_all || put_off(render, piece_kind::close)) &&
-           (!wraps_right || put_off(render, piece_kind::close)) && put_off(render, piece_kind::item, code, right) &&
-           (!wraps_right || put_off(render, piece_kind::open)) && put_off(render, piece_kind::infix, code);
+    return (!wraps_all || put_off(render, piece_kind::close)) && (!wraps_right || put_off(render, piece_kind::close)) &&
+           put_off(render, piece_kind::item, code, right) && (!wraps_right || put_off(render, piece_kind::open)) &&
+           put_off(render, piece_kind::infix, code);
 }
 
 // "$var[5]" or "$str[5]", whose only operand is a byte.
@@ -210,18 +206,14 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
     const std::uint32_t item = std::exchange(render.item, no_item);
     const std::uint8_t code = item_code(render, item);
     switch (item_type(render, item)) {
-        case LITERAL:
-            render_literal(render, item_offset(render, item), code);
-            return true;
+        case LITERAL: render_literal(render, item_offset(render, item), code); return true;
         case OPERATOR:
             return code == OP_EVAL ? render_eval(render, item) : render_operator(render, item, code, render.parent);
         case FUNCTION:
             if (code != OP_VAR && code != OP_STR) return render_call(render, item, code);
             render_variable(render, item, code);
             return true;
-        default:
-            render_number(render, code);
-            return true;
+        default: render_number(render, code); return true;
     }
 }
 

@@ -50,8 +50,8 @@ bool follow_known_path(path_memory& memory, conv& script, std::int32_t& cursor) 
 }
 
 result text_length_from(path_memory& memory, const conv& script, std::int32_t start, std::int32_t& length) {
-    const bool is_end_of_last = start > memory.text_start && start < memory.text_end &&
-                                is_outside_passage(script, memory.text_start, start);
+    const bool is_end_of_last =
+        start > memory.text_start && start < memory.text_end && is_outside_passage(script, memory.text_start, start);
     if (is_end_of_last) {
         length = memory.text_end - start;
     } else if (failed(text_length(script, start, script.data_size, length))) {

@@ -13,19 +13,19 @@
 // The steps of one walk between two code breaks: those since its last message or its last new
 // data block start, so that walking them again has no effect but to set the npc id.
 struct known_path {
-    array<std::int32_t> steps;       // where they begin, ascending
-    std::int32_t end = 0;            // the data block start where the walk ended
-    std::int32_t last_sident = -1;   // the step that took the npc id last
+    array<std::int32_t> steps;      // where they begin, ascending
+    std::int32_t end = 0;           // the data block start where the walk ended
+    std::int32_t last_sident = -1;  // the step that took the npc id last
     std::uint32_t npc_id = no_npc_id;
-    std::uint32_t messages = 0;      // how many there had been
-    std::int32_t data_blocks = 0;    // how many data block starts had been added
+    std::uint32_t messages = 0;    // how many there had been
+    std::int32_t data_blocks = 0;  // how many data block starts had been added
 };
 
 struct path_memory {
-    known_path latest;   // the last walk that took a way of its own
-    known_path current;  // this walk, so far
-    bool records = false;   // from the first code break on
-    bool followed = false;  // this walk ended by following the latest
+    known_path latest;            // the last walk that took a way of its own
+    known_path current;           // this walk, so far
+    bool records = false;         // from the first code break on
+    bool followed = false;        // this walk ended by following the latest
     std::int32_t text_start = 0;  // the text run walked last, if any
     std::int32_t text_end = 0;
 };

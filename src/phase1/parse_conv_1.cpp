@@ -50,11 +50,11 @@ result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Records the target of a jump whose operand is at the cursor.
-result add_jump_target(walk& block) {
+// Records the target of a jump whose operand is at `operand`.
+result add_jump_target(walk& block, std::int32_t operand) {
     conv& script = block.script;
     array<std::int32_t>& open = block.shared.open_targets;
-    const auto target = static_cast<std::int32_t>(conv_int32(script, block.cursor));
+    const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
     const bool is_known = conv_has(script, target) && (offset_table_find(script.code_offset_table, target) ||
                                                        offset_table_find(script.jump_offset_table, target));
     if (target >= 0 && !is_known) {
@@ -160,7 +160,7 @@ result walk_jump_of_answer(walk& block) {
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
     if (failed(add_code_offset(block.script, block.cursor, INT32))) return result::failed;
-    if (bytes_left(block) >= 4 && failed(add_jump_target(block))) return result::failed;
+    if (bytes_left(block) >= 4 && failed(add_jump_target(block, block.cursor))) return result::failed;
     constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
     block.cursor = block.cursor <= highest - 4 ? block.cursor + 4 : highest;
     return result::ok;
@@ -180,8 +180,8 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
     }
     if (has_exit || closes_branch(code, block.kind.parent) ||
         offset_table_find(block.script.data_offset_table, block.cursor)) {
-        WARNING("'endanswer' not found ... ignore: 'keywords'=%08X, offset=%08X, code=%02X", keywords,
-                block.cursor, code);
+        WARNING("'endanswer' not found ... ignore: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor,
+                code);
         return result::ok;
     }
     return ERROR("'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor, code);
@@ -207,12 +207,26 @@ result walk_keywords_chain(walk& block) {
     }
 }
 
-// Records a number operand of `size` bytes; the cursor stays.
-result add_number(walk& block, std::int32_t start, std::uint8_t code, code_type type, std::int32_t size) {
-    if (bytes_left(block) >= size) return add_code_offset(block.script, block.cursor, type);
-    static constexpr const char* names[] = {"INT16", "INT32", "STR32"};
-    const char* const name = type == INT16 ? names[0] : type == INT32 ? names[1] : names[2];
-    return ERROR("end of buffer: offset=%08X, code=%02X, param=%08X, type=%s", start, code, block.cursor, name);
+// A number operand of a statement: how many bytes it takes and what messages call it.
+struct number_form {
+    code_type type;
+    std::int32_t size;
+    const char* name;
+};
+constexpr number_form byte_form = {BYTE, 1, "BYTE"};
+constexpr number_form int16_form = {INT16, 2, "INT16"};
+constexpr number_form int32_form = {INT32, 4, "INT32"};
+constexpr number_form str32_form = {STR32, 5, "STR32"};
+
+// Records a number operand and moves behind it.
+result walk_number(walk& block, std::int32_t start, std::uint8_t code, const number_form& form) {
+    if (bytes_left(block) < form.size) {
+        return ERROR("end of buffer: offset=%08X, code=%02X, param=%08X, type=%s", start, code, block.cursor,
+                     form.name);
+    }
+    if (failed(add_code_offset(block.script, block.cursor, form.type))) return result::failed;
+    block.cursor += form.size;
+    return result::ok;
 }
 
 // Operand `k` of the statement at `start`; the cursor is at the operand, inside the script.
@@ -223,45 +237,35 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
     switch (type) {
         case TEXT:
             if (!begins_text(first)) {
-                return ERROR("parameter type mismatch: not text: offset=%08X, code=%02X, param=%08X, %02X",
-                             start, code, block.cursor, first);
+                return ERROR("parameter type mismatch: not text: offset=%08X, code=%02X, param=%08X, %02X", start, code,
+                             block.cursor, first);
             }
             if (failed(add_code_offset(script, block.cursor, TEXT))) return result::failed;
             return walk_text(block);
         case BYTE:
-            if (failed(add_number(block, start, code, BYTE, 1))) return result::failed;
             if (code == OP_SIDENT) {
                 script.npc_id = first;
                 ++block.shared.sidents;
             }
-            block.cursor += 1;
-            return result::ok;
-        case INT16:
-            if (failed(add_number(block, start, code, INT16, 2))) return result::failed;
-            block.cursor += 2;
-            return result::ok;
-        case INT32:
-            if (failed(add_number(block, start, code, INT32, 4))) return result::failed;
-            if (code == OP_JUMP && failed(add_jump_target(block))) return result::failed;
-            block.cursor += 4;
-            return result::ok;
-        case STR32:
+            return walk_number(block, start, code, byte_form);
+        case INT16: return walk_number(block, start, code, int16_form);
+        case INT32: {
+            const std::int32_t operand = block.cursor;
+            if (failed(walk_number(block, start, code, int32_form))) return result::failed;
+            return code == OP_JUMP ? add_jump_target(block, operand) : result::ok;
+        }
+        case STR32: {
             if (first != OP_INT32) {
                 return ERROR("parameter is not 'int32': offset=%08X, code=%02X, param=%08X, %02X", start, code,
                              block.cursor, first);
             }
-            if (failed(add_number(block, start, code, STR32, 5))) return result::failed;
-            if (failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, block.cursor + 1))))) {
-                return result::failed;
-            }
-            block.cursor += 5;
-            return result::ok;
-        case VARIABLE:
-            return parse_var_1(script, block.cursor);
-        case VALUE:
-            return walk_expression_operand(block);
-        default:
-            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
+            const std::int32_t value = block.cursor + 1;
+            if (failed(walk_number(block, start, code, str32_form))) return result::failed;
+            return add_data_block(script, static_cast<std::int32_t>(conv_int32(script, value)));
+        }
+        case VARIABLE: return parse_var_1(script, block.cursor);
+        case VALUE: return walk_expression_operand(block);
+        default: return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
     }
 }
 
@@ -302,14 +306,12 @@ result walk_expression(walk& block) {
 result walk_step(walk& block, std::uint8_t code) {
     switch (code_types[code]) {
         case TEXT:
-        case MB_IN:
-            return walk_text_run(block);
+        case MB_IN: return walk_text_run(block);
         case STATEMENT:
             if (code == OP_IF) return walk_if(block);
             if (code == OP_KEYWORDS) return walk_keywords_chain(block);
             return walk_statement(block, code);
-        default:
-            return walk_expression(block);
+        default: return walk_expression(block);
     }
 }
 

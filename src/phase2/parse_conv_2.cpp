@@ -48,9 +48,7 @@ inst_index take_node(walk& block, code_type type, std::uint8_t code) {
     return node;
 }
 
-inst_index take_node(walk& block) {
-    return take_node(block, block.shared.entry.type, shown_code(block.shared.entry));
-}
+inst_index take_node(walk& block) { return take_node(block, block.shared.entry.type, shown_code(block.shared.entry)); }
 
 void trace_node(const walker& shared, const char* what, inst_index index) {
     const inst& node = shared.tree.nodes[index];
@@ -154,8 +152,8 @@ result walk_if(walk& block) {
 
 result missing_param(const walker& shared, inst_index index, std::int32_t k) {
     const inst& node = shared.tree.nodes[index];
-    return ERROR("parameter not found: offset=%08X, code=%02X, type=%02X, param=%d", node.offset, node.code,
-                 node.type, k);
+    return ERROR("parameter not found: offset=%08X, code=%02X, type=%02X, param=%d", node.offset, node.code, node.type,
+                 k);
 }
 
 // One keywords statement with its text and answer. `answer` receives the answer so far.
@@ -260,9 +258,7 @@ result walk_operand(walker& shared, inst_index node, std::uint8_t code, std::int
             shared.expressions.names_block = true;
             advance(shared.entry);
             break;
-        case TEXT:
-            advance(shared.entry);
-            return inst_add_param(shared.tree, node, text_operand(shared, offset));
+        case TEXT: advance(shared.entry); return inst_add_param(shared.tree, node, text_operand(shared, offset));
         case VARIABLE:
             if (failed(parse_var_2(shared.expressions, shared.entry, value))) {
                 return ERROR("parse variable/data error: offset=%08X", offset);
@@ -273,8 +269,7 @@ result walk_operand(walker& shared, inst_index node, std::uint8_t code, std::int
                 return ERROR("parse expression error: offset=%08X", offset);
             }
             break;
-        default:
-            return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
+        default: return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
     }
     return inst_add_param(shared.tree, node, {offset, value, type});
 }
@@ -288,8 +283,7 @@ result walk_assignment(walker& shared, inst_index node) {
     const std::int32_t value_offset = shared.entry.offset;
     std::uint32_t value = 0;
     if (failed(parse_eval_2(shared.expressions, shared.entry, value))) {
-        return ERROR("parse expression error: offset=%08X",
-                     inst_param(shared.tree, shared.tree.nodes[node], 0).offset);
+        return ERROR("parse expression error: offset=%08X", inst_param(shared.tree, shared.tree.nodes[node], 0).offset);
     }
     return inst_add_param(shared.tree, node, {value_offset, value, VALUE});
 }
@@ -348,14 +342,12 @@ result walk_data_block(walk& block) {
 result walk_step(walk& block) {
     const entry_reader& entry = block.shared.entry;
     switch (entry.type) {
-        case TEXT:
-            return walk_text_run(block);
+        case TEXT: return walk_text_run(block);
         case STATEMENT:
             if (entry.code == OP_IF) return walk_if(block);
             if (entry.code == OP_KEYWORDS) return walk_keywords_chain(block);
             return walk_statement(block);
-        default:
-            return walk_expression(block);
+        default: return walk_expression(block);
     }
 }
 

@@ -12,7 +12,7 @@ struct block_parser {
     conv& script;
     inst_tree& tree;
     inst_index block;
-    std::int32_t end;              // just behind the block, inside the script or at its end
+    std::int32_t end;  // just behind the block, inside the script or at its end
     inst_index last = no_inst;
 
     [[nodiscard]] bool is_empty() const { return last == no_inst; }
@@ -157,9 +157,7 @@ result parse_list(conv& script, inst_index first, std::int32_t limit) {
     for (inst_index node = first; node != no_inst; node = nodes[node].next) {
         const std::int32_t end = nodes[node].next == no_inst ? limit : nodes[nodes[node].next].offset;
         switch (nodes[node].type) {
-            case DATA:
-                report_unknown_block(nodes[node].offset);
-                break;
+            case DATA: report_unknown_block(nodes[node].offset); break;
             case DATA_TEXT:
             case DATA_INT16:
                 if (failed(parse_typed_block(script, node, end))) return result::failed;

@@ -45,11 +45,8 @@ result count_operands(expr_builder& builder, std::int32_t start, std::int32_t en
             if (code_types[code] == LITERAL) return result::ok;
             return ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry_offset(builder, entry), code);
         case OPERATOR:
-        case FUNCTION:
-            count = code_info[code].num_params;
-            return result::ok;
-        case BYTE:
-            return result::ok;
+        case FUNCTION: count = code_info[code].num_params; return result::ok;
+        case BYTE: return result::ok;
         default:
             return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
                          entry_offset(builder, entry), code);
@@ -111,11 +108,8 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
         if (operands > 0 && failed(push(builder.open, {item, entry, operands}))) return result::failed;
         --entry;
         switch (take_operands(builder, start, entry)) {
-            case next_step::descend:
-                break;
-            case next_step::done:
-                rest = entry;
-                return result::ok;
+            case next_step::descend: break;
+            case next_step::done: rest = entry; return result::ok;
             case next_step::fail: {
                 const std::int32_t failed_entry = builder.open.back().entry;
                 builder.open.pop_back();
@@ -184,8 +178,8 @@ bool is_assignment(const expr_builder& builder, std::int32_t assign) {
 }  // namespace
 
 result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
-    TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
-          shown_code(entry), entry.type);
+    TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
+          entry.type);
     if (failed(collect_expression(builder, entry))) return result::failed;
     const auto eval = static_cast<std::int32_t>(builder.entries.size() - 1);
     const std::int32_t first_offset = entry_offset(builder, 0);
@@ -209,8 +203,8 @@ result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& r
 }
 
 result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
-    TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset,
-          shown_code(entry), entry.type);
+    TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
+          entry.type);
     if (failed(collect_reference(builder, entry))) return result::failed;
     const auto last = static_cast<std::int32_t>(builder.entries.size() - 1);
     const std::int32_t first_offset = entry_offset(builder, 0);

@@ -7,9 +7,9 @@
 
 // An operator or function that still waits for operands.
 struct open_expr {
-    std::uint32_t item;   // in the tree
-    std::int32_t entry;   // among the expression's entries
-    std::int32_t missing; // operands not taken yet, the first ones
+    std::uint32_t item;    // in the tree
+    std::int32_t entry;    // among the expression's entries
+    std::int32_t missing;  // operands not taken yet, the first ones
 };
 
 // What the builders work with; kept from one expression to the next for its memory.

@@ -44,16 +44,11 @@ result visit_later(typer& typing, std::uint32_t item, bool text_context) {
 bool is_text_operand(std::uint8_t code, std::int32_t k, bool text_context, std::uint8_t other) {
     switch (code) {
         case OP_NOT_EQUAL:
-        case OP_EQUAL:
-            return other == OP_STR;
-        case OP_INDEXOF:
-            return true;
-        case OP_DATA:
-            return k == 0 && text_context;
-        case OP_EVAL:
-            return text_context;
-        default:
-            return false;
+        case OP_EQUAL: return other == OP_STR;
+        case OP_INDEXOF: return true;
+        case OP_DATA: return k == 0 && text_context;
+        case OP_EVAL: return text_context;
+        default: return false;
     }
 }
 
@@ -89,8 +84,7 @@ result visit_item(typer& typing, std::uint32_t item, bool text_context) {
             if (code_info[code].num_params == 0) return result::ok;
             return visit_operands(typing, item, code, text_context);
         }
-        default:
-            return result::ok;
+        default: return result::ok;
     }
 }
 
@@ -112,8 +106,8 @@ result type_operands(typer& typing, const inst& node) {
         if (param.type == STR32) {
             if (failed(type_block(typing, param.value, true))) return result::failed;
         } else if (param.type == VALUE) {
-            const bool is_value_of_str = node.code == OP_DECL && k == 2 &&
-                                         item_code(typing, inst_param(typing.tree, node, 0).value) == OP_STR;
+            const bool is_value_of_str =
+                node.code == OP_DECL && k == 2 && item_code(typing, inst_param(typing.tree, node, 0).value) == OP_STR;
             if (failed(type_expression(typing, param.value, is_value_of_str))) return result::failed;
         }
     }

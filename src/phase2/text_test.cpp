@@ -8,8 +8,8 @@ namespace {
 // How the text that a position belongs to goes on from there.
 struct text_rest {
     enum : std::uint8_t { ended, malformed, unclosed } state = ended;
-    bool has_control = false;     // a byte below 0x20 follows in the text
-    std::int32_t end = 0;         // where it ends, or where it is malformed
+    bool has_control = false;        // a byte below 0x20 follows in the text
+    std::int32_t end = 0;            // where it ends, or where it is malformed
     text_verdict verdict = no_text;  // of what follows the text's NUL
 };
 
@@ -19,10 +19,10 @@ struct text_rest {
 struct text_judge {
     const conv& script;
     std::int32_t end;
-    text_rest outside;                 // of the position behind
-    text_rest inside;                  // of the position behind
+    text_rest outside;                  // of the position behind
+    text_rest inside;                   // of the position behind
     text_rest inside_behind_next = {};  // of the position after that
-    text_verdict verdict = all_text;   // of the position behind
+    text_verdict verdict = all_text;    // of the position behind
 };
 
 text_rest with_byte(text_rest rest, std::uint8_t byte) {
