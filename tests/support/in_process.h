@@ -1,0 +1,13 @@
+// What unit tests of the passes share.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "model/conv.h"
+
+// Loads a script's bytes.
+void set_script(conv& script, const std::string& bytes);
+
+// The messages that are written while `act` runs.
+std::string messages_of(const std::function<void()>& act);
