@@ -68,7 +68,9 @@ result finish_messages(const command_line& line, const file& original) {
     diagnostics.flush();
     if (diagnostics.error() == 0 || !original.is_open()) return result::ok;
     diagnostics.open(original.descriptor());
-    return RUN_ERROR("can't write file '%s'", line.error);
+    const result outcome = RUN_ERROR("can't write file '%s'", line.error);
+    diagnostics.flush();  // while the descriptor is open
+    return outcome;
 }
 
 result run_command_line(const command_line& line) {

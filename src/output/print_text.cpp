@@ -96,7 +96,8 @@ void put_last_text_label(listing& print) { put_text_label(print.out, print.scrip
 }  // namespace
 
 std::string_view text_of(const conv& script, const operand& param) {
-    const std::span<const std::uint8_t> bytes = conv_bytes(script, param.offset, static_cast<std::int32_t>(param.value));
+    const std::span<const std::uint8_t> bytes =
+        conv_bytes(script, param.offset, static_cast<std::int32_t>(param.value));
     if (bytes.empty()) return "";
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
     return text.substr(0, text.find('\0'));

@@ -1,0 +1,124 @@
+#!/usr/bin/env python3
+"""Compares the option names that the tool takes with those of man page, README and completions.
+
+    check_options.py TOOL names          compare the names
+    check_options.py TOOL bash|zsh|fish  ask a real shell what it completes
+"""
+import os, pathlib, pty, re, select, shutil, subprocess, sys, tempfile
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+UNLISTED = {"--omit-decl", "--omit-eval", "--omit-int32"}
+SKIPPED = 77
+
+
+def read(name):
+    return (ROOT / name).read_text(encoding="utf-8")
+
+
+def tool_options(tool):
+    def messages(*arguments):
+        return subprocess.run([tool, *arguments], capture_output=True, text=True).stderr
+
+    usage = messages("--help")
+    options = set(re.findall(r"(?<![\w-])--?[?\w][\w-]*", usage)) | UNLISTED
+    for option in options:  # an unknown option is reported before the help that follows a known one
+        if messages(option, "x", "--help").startswith("ERROR: unknown option"):
+            sys.exit(f"{option} is not an option of the tool")
+    return options
+
+
+def man_options():
+    items = re.findall(r"^\.It (Fl .*)$", read("docs/varsul.1"), re.M)
+    return {"-" + name.replace("\\&", "") for item in items for name in re.findall(r"Fl (\S+)", item)}
+
+
+def readme_options():
+    table = read("README.md").split("## Options")[1].split("\n## ")[0]
+    return {name for row in re.findall(r"^\| (`.*?) \|", table, re.M) for name in re.findall(r"`(\S+)`", row)}
+
+
+def fish_options():
+    text = read("completions/varsul.fish")
+    return {"--" + n for n in re.findall(r" -l (\S+)", text)} | {"-" + n.strip("'") for n in re.findall(r"varsul -o (\S+)", text)}
+
+
+def bash_options():
+    return set(re.search(r"options='(.*?)'", read("completions/varsul.bash"), re.S)[1].split())
+
+
+def zsh_options():
+    text = re.sub(r"\{(\S+),(\S+)\}", r"\1[ \2[", read("completions/_varsul")).replace("\\", "")
+    return set(re.findall(r"(--?[?\w][\w-]*)\[", text))
+
+
+def compare(options):
+    same = True
+    for where in man_options, readme_options, bash_options, zsh_options, fish_options:
+        names = where()
+        if names != options:
+            print(f"{where.__name__}: missing {sorted(options - names)}, too many {sorted(names - options)}")
+            same = False
+    return same
+
+
+def ask_bash(line):
+    words = " ".join(f"'{word}'" for word in line.split(" "))
+    script = f"source completions/varsul.bash; COMP_WORDS=({words}); COMP_CWORD=$((${{#COMP_WORDS[@]}} - 1)); _varsul; printf '%s\\n' \"${{COMPREPLY[@]}}\""
+    return subprocess.run(["bash", "--norc", "-c", script], cwd=ROOT, capture_output=True, text=True).stdout
+
+
+def ask_fish(line):
+    script = f"source completions/varsul.fish; complete -C '{line}'"
+    with tempfile.TemporaryDirectory() as home:
+        environment = {**os.environ, "HOME": home, "XDG_CONFIG_HOME": home, "XDG_DATA_HOME": home}
+        return subprocess.run(["fish", "-c", script], cwd=ROOT, capture_output=True, text=True, env=environment).stdout
+
+
+def ask_zsh(line):
+    """Types the line and a tab into an interactive zsh and returns what it shows."""
+    child, terminal = pty.fork()
+    if child == 0:
+        os.chdir(ROOT)
+        os.environ["TERM"] = "dumb"
+        os.execvp("zsh", ["zsh", "-f", "-i"])
+
+    def read_until(pattern):
+        seen = ""
+        while not re.search(pattern, seen, re.S) and select.select([terminal], [], [], 20)[0]:
+            seen += os.read(terminal, 65536).decode(errors="replace")
+        return seen
+
+    os.write(terminal, b"PROMPT='READY> '; LISTMAX=999; fpath=($PWD/completions $fpath); autoload -Uz compinit; "
+                       b"compinit -u -D; stty cols 200 rows 50 -echo; echo STA''RTED\n")
+    read_until("STARTED.*READY> ")
+    os.write(terminal, line.encode() + b"\t\x15echo DO''NE\n")  # control-U empties the line
+    seen = read_until("DONE")
+    os.close(terminal)
+    os.waitpid(child, 0)
+    return seen
+
+
+def try_shell(shell, options):
+    if shutil.which(shell) is None:
+        print(f"{shell} is not installed")
+        sys.exit(SKIPPED)
+    ask = {"bash": ask_bash, "zsh": ask_zsh, "fish": ask_fish}[shell]
+    same = True
+    shown = set(re.findall(r"(?<![\w-])--?[?\w][\w-]*", ask("varsul -").replace("varsul -", "", 1)))
+    if shown != options:
+        print(f"{shell}: missing {sorted(options - shown)}, too many {sorted(shown - options)}")
+        same = False
+    for line in "varsul READ", "varsul -d READ", "varsul -o READ", "varsul --text READ", "varsul -E READ":
+        if "README.md" not in ask(line):
+            print(f"{shell}: no file name for {line!r}")
+            same = False
+    return same
+
+
+def main(tool, what):
+    options = tool_options(tool)
+    return 0 if (compare(options) if what == "names" else try_shell(what, options)) else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(*sys.argv[1:]))

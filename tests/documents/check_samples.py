@@ -1,0 +1,134 @@
+#!/usr/bin/env python3
+"""Compares the samples in documents with what the tool prints.
+
+    check_samples.py [--update] TOOL DOCUMENT...
+
+In a document, a comment gives a script's bytes (hex, quoted texts with the escapes of a listing and
+@ with a hex offset, as in tests/cases), and a comment before a fenced block says what it shows:
+
+    <!-- script NAME
+    FF 07 "Ada"
+    -->
+    <!-- sample NAME KIND [FIRST-LAST]: [OPTIONS] -->
+
+NAME is such a script or a file of examples/. KIND is listing, table (the text table), messages or
+beside (the listing of -d with the bytes on the left); FIRST-LAST picks lines of it. Numbers of
+source lines in messages are compared as any number. --update rewrites the blocks.
+
+The block after a comment "forms" names the forms of a listing's lines; every line of the examples'
+listings must have one of them, and no line two.
+"""
+import pathlib, re, shlex, subprocess, sys, tempfile
+
+EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+SCRIPT = re.compile(r"<!-- script (\S+)\n(.*?)-->", re.S)
+SAMPLE = re.compile(r"(<!-- sample (\S+) (\w+)(?: (\d+)-(\d+))?: ?(.*?) ?-->\n```\w*\n)(.*?)(^```$)", re.S | re.M)
+FORMS = re.compile(r"<!-- forms -->\n```\w*\n(.*?)^```$", re.S | re.M)
+DUMP = re.compile(r"; ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: .*")
+
+
+def compile_script(source):
+    data = b""
+    for comment, text, word in re.findall(r'(#.*)|"((?:\\.|[^"\\])*)"|(\S+)', source):
+        if word:
+            data += int(word[1:], 16).to_bytes(4, "little") if word[0] == "@" else bytes.fromhex(word)
+        elif not comment:
+            data += re.sub(r"\\(.)", lambda m: {"n": "\n", "t": "\t"}.get(m[1], m[1]), text).encode("cp932")
+    return data
+
+
+def run(tool, script, kind, arguments):
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder, "script")
+        path.write_bytes(script)
+        table = pathlib.Path(folder, "table")
+        wanted = ["-t", table] if kind == "table" or "-T" in arguments else []
+        done = subprocess.run([tool, *arguments, *wanted, path], capture_output=True)
+        if kind != "messages" and done.returncode != 0:
+            sys.exit(f"status {done.returncode}: {done.stderr.decode()}")
+        return {"table": table.read_bytes if kind == "table" else None, "messages": lambda: done.stderr}.get(
+            kind, lambda: done.stdout)().decode("cp932")
+
+
+def beside(listing):
+    """Bytes in rows of eight on the left, the lines that they give on the right."""
+    shown = []
+
+    def put(rows, lines):
+        for i in range(max(len(rows), len(lines))):
+            left = rows[i] if i < len(rows) else ""
+            shown.append(f"{left:34}  {lines[i] if i < len(lines) else ''}".rstrip())
+
+    for part in listing.split("\n\n"):
+        lines = part.rstrip("\n").split("\n")
+        dumps = [DUMP.fullmatch(line) for line in lines]
+        data = [(int(d[1], 16), d[2].split()) for d in dumps if d]
+        rows = [f"{at + i:08X}: {' '.join(row[i:i + 8])}" for at, row in data for i in range(0, len(row), 8)]
+        text = [line for line, d in zip(lines, dumps) if not d]
+        labels = [line for line in text if re.fullmatch(r"L\w+:", line)]
+        put([], labels)
+        put(rows, [line for line in text if line not in labels])
+    return "".join(line + "\n" for line in shown)
+
+
+def lines_without_form(tool, forms):
+    table = [(line[:13].strip(), re.compile(line[14:])) for line in forms.splitlines()]
+    modes = {"lantern-keeper.scr": "--kv", "salt-ferry.scr": "--bh", "clockwork-orchard.scr": "--qf"}
+    used = set()
+    for example, mode in modes.items():
+        for options in [], ["-d"], ["-T"], ["--omit-decl", "--omit-eval", "--omit-int32"], ["--no-int16-to-text"]:
+            listing = run(tool, (EXAMPLES / example).read_bytes(), "listing", [mode, *options])
+            for line in listing.removesuffix("\n").split("\n"):
+                names = [name for name, form in table if form.fullmatch(line)]
+                used.update(names)
+                if len(names) != 1:
+                    yield f"{example} {options}: {line!r} has the forms {names}"
+    if unused := {name for name, _ in table} - used - {"unknown"}:
+        yield f"no line has the form {unused}"
+
+
+def without_numbers(text):
+    return re.sub(r"^([A-Z]+)\(\d+\):", r"\1:", text, flags=re.M)
+
+
+def main(arguments):
+    update = "--update" in arguments
+    tool, *documents = [a for a in arguments if a != "--update"]
+    failures = count = 0
+    for name in documents:
+        document = pathlib.Path(name)
+        text = document.read_text(encoding="utf-8")
+        scripts = {match[1]: compile_script(match[2]) for match in SCRIPT.finditer(text)}
+
+        def check(match):
+            nonlocal failures, count
+            head, script, kind, first, last, options, shown, tail = match.groups()
+            data = scripts[script] if script in scripts else (EXAMPLES / script).read_bytes()
+            wanted = run(tool, data, kind, shlex.split(options))
+            if kind == "beside":
+                wanted = beside(wanted)
+            if first:
+                wanted = "".join(wanted.splitlines(True)[int(first) - 1:int(last)])
+            count += 1
+            if without_numbers(wanted) == without_numbers(shown):
+                return match[0]
+            failures += 1
+            if not update:
+                print(f"{name}: {head.splitlines()[0]}\n--- shown\n{shown}--- the tool prints\n{wanted}")
+            return head + wanted + tail
+
+        checked = SAMPLE.sub(check, text)
+        for forms in FORMS.findall(text):
+            for complaint in lines_without_form(tool, forms):
+                failures += 1
+                print(f"{name}: {complaint}")
+        if len(SAMPLE.findall(text)) != text.count("<!-- sample ") or not scripts:
+            sys.exit(f"{name}: a sample comment without its fenced block, or no script at all")
+        if update and checked != text:
+            document.write_text(checked, encoding="utf-8")
+    print(f"{count} samples, {failures} {'updated' if update else 'different'}")
+    return 1 if failures and not update else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
