@@ -6,7 +6,7 @@
 #include "model/code_info.h"
 
 // How deep sub blocks may nest. The walkers recurse once for each level.
-inline constexpr int max_nesting = 2500;
+inline constexpr int max_nesting = 4100;
 
 // The statement whose sub block is walked (0, OP_IF, OP_ELSE or OP_KEYWORDS) and, for the answer
 // of a keywords statement, the `parent` of the block in which that statement stands, else 0.

@@ -107,26 +107,27 @@ result walk_branch(walk& block, std::int32_t opener, opcode code) {
     return result::ok;
 }
 
-// A1 condition branch, then A2, or A3 branch A2.
-result walk_if(walk& block) {
+// The opcode and condition of an if, up to its branch.
+result begin_if(walk& block) {
     const std::int32_t start = block.cursor;
     DEBUG("IF: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
     ++block.cursor;
     DEBUG("IF: sub block: offset=%08X", block.cursor);
     if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", start, OP_IF);
-    if (failed(walk_expression_operand(block))) return result::failed;
-    if (failed(walk_branch(block, start, OP_IF))) return result::failed;
+    return walk_expression_operand(block);
+}
 
-    if (byte_at_cursor(block) == OP_ELSE) {
-        const std::int32_t start_of_else = block.cursor;
-        DEBUG("ELSE: offset=%08X", start_of_else);
-        if (failed(add_code_offset(block.script, start_of_else, STATEMENT))) return result::failed;
-        ++block.cursor;
-        DEBUG("ELSE: sub block: offset=%08X", block.cursor);
-        if (failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
-    }
+result begin_else(walk& block) {
+    DEBUG("ELSE: offset=%08X", block.cursor);
+    if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+    ++block.cursor;
+    DEBUG("ELSE: sub block: offset=%08X", block.cursor);
+    return result::ok;
+}
 
+// The endif of the if at `start`.
+result end_if(walk& block, std::int32_t start) {
     if (byte_at_cursor(block) != OP_ENDIF) {
         return ERROR("'endif' not found: 'if'=%08X, offset=%08X, code=%02X", start, block.cursor,
                      byte_at_cursor(block));
@@ -137,8 +138,20 @@ result walk_if(walk& block) {
     return result::ok;
 }
 
-// EF text answer: one keywords statement with its answer, up to the byte that ends the answer.
-result walk_keywords(walk& block, std::int32_t start) {
+// A1 condition branch, then A2, or A3 branch A2.
+result walk_if(walk& block) {
+    const std::int32_t start = block.cursor;
+    if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
+    if (byte_at_cursor(block) == OP_ELSE) {
+        const std::int32_t start_of_else = block.cursor;
+        if (failed(begin_else(block)) || failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
+    }
+    return end_if(block, start);
+}
+
+// EF text: one keywords statement, up to its answer.
+result begin_keywords(walk& block) {
+    const std::int32_t start = block.cursor;
     DEBUG("KEYWORDS: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
     ++block.cursor;
@@ -148,10 +161,8 @@ result walk_keywords(walk& block, std::int32_t start) {
     if (failed(add_code_offset(block.script, block.cursor, TEXT))) return result::failed;
     if (failed(walk_text(block))) return result::failed;
     DEBUG("KEYWORDS: sub block: offset=%08X", block.cursor);
-    if (at_end(block)) {
-        return ERROR("keywards without answer: offset=%08X, code=%02X", start, OP_KEYWORDS);
-    }
-    return walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent});
+    if (at_end(block)) return ERROR("keywards without answer: offset=%08X, code=%02X", start, OP_KEYWORDS);
+    return result::ok;
 }
 
 // The jump that ends an answer. Its operand may be cut off by the script's end; then the cursor
@@ -187,23 +198,27 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
     return ERROR("'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor, code);
 }
 
+// The jump or bye that ends an answer, if one does. `has_exit` is set then.
+result walk_exit_of_answer(walk& block, bool& has_exit) {
+    if (at_end(block)) return result::ok;
+    const std::uint8_t code = byte_at_cursor(block);
+    if (code != OP_JUMP && code != OP_BYE) return result::ok;
+    has_exit = true;
+    if (code == OP_JUMP) return walk_jump_of_answer(block);
+    if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
+    ++block.cursor;
+    return result::ok;
+}
+
 // Keywords statements one after the other, each with its answer, then EE.
 result walk_keywords_chain(walk& block) {
     bool has_exit = false;  // a jump or bye ended one of the answers
     for (;;) {
-        const std::int32_t keywords = block.cursor;
-        if (failed(walk_keywords(block, keywords))) return result::failed;
-        if (!at_end(block) && byte_at_cursor(block) == OP_JUMP) {
-            has_exit = true;
-            if (failed(walk_jump_of_answer(block))) return result::failed;
-        } else if (!at_end(block) && byte_at_cursor(block) == OP_BYE) {
-            has_exit = true;
-            if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
-            ++block.cursor;
-        }
-        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) {
-            return walk_end_of_chain(block, keywords, has_exit);
-        }
+        const std::int32_t start = block.cursor;
+        if (failed(begin_keywords(block))) return result::failed;
+        if (failed(walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent}))) return result::failed;
+        if (failed(walk_exit_of_answer(block, has_exit))) return result::failed;
+        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) return walk_end_of_chain(block, start, has_exit);
     }
 }
 

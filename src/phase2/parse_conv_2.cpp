@@ -64,20 +64,18 @@ void trace_sub_block(const walker& shared, const char* what, inst_index owner) {
     }
 }
 
-// Walks the sub block of `owner`. `last` receives the node linked last, if any. A failure is
-// reported with `context`, an offset that tells which statement's sub block it was.
-result walk_sub_block(walker& shared, inst_index owner, block_kind kind, std::int32_t context, inst_index& last) {
-    walk inner = {shared, owner, kind};
+// Walks a sub block. A failure is reported with `context`, an offset that tells whose it was.
+result walk_sub_block(walk& inner, std::int32_t context) {
+    walker& shared = inner.shared;
+    result outcome = result::failed;
     if (shared.depth == max_nesting) {
-        (void)ERROR("nesting too deep: offset=%08X", context);
-        return ERROR("parse sub block error: offset=%08X", context);
+        outcome = ERROR("nesting too deep: offset=%08X", context);
+    } else {
+        ++shared.depth;
+        outcome = walk_block(inner);
+        --shared.depth;
     }
-    ++shared.depth;
-    const result outcome = walk_block(inner);
-    --shared.depth;
-    if (failed(outcome)) return ERROR("parse sub block error: offset=%08X", context);
-    last = inner.last;
-    return result::ok;
+    return failed(outcome) ? ERROR("parse sub block error: offset=%08X", context) : result::ok;
 }
 
 // The text that begins at `offset`, once the entry behind it is reached: there it ends. Every data
@@ -99,13 +97,12 @@ result walk_text_run(walk& block) {
 
 result missing_endif() { return ERROR("'endif' not found"); }
 
-// The branch below an if or else node, up to the entry that closes it.
-result walk_branch(walk& block, inst_index owner, opcode code, const char* trace) {
+// The branch below the if or else node that was linked last, up to the entry that closes it.
+result walk_branch(walk& block, opcode code, const char* trace) {
     walker& shared = block.shared;
-    inst_index last = no_inst;
-    if (failed(walk_sub_block(shared, owner, {code, 0}, shared.tree.nodes[owner].offset, last))) {
-        return result::failed;
-    }
+    const inst_index owner = block.last;
+    walk branch = {shared, owner, {code, 0}};
+    if (failed(walk_sub_block(branch, shared.tree.nodes[owner].offset))) return result::failed;
     trace_sub_block(shared, trace, owner);
     return shared.entry.at_end ? missing_endif() : result::ok;
 }
@@ -116,7 +113,8 @@ result note_block_user(walker& shared, inst_index node) {
     return inst_add_block_user(shared.tree, node);
 }
 
-result walk_if(walk& block) {
+// The node and condition of an if, up to its branch.
+result begin_if(walk& block) {
     walker& shared = block.shared;
     const std::int32_t start = shared.entry.offset;
     const inst_index node = take_node(block);
@@ -131,23 +129,32 @@ result walk_if(walk& block) {
     if (failed(inst_add_param(shared.tree, node, {condition_offset, condition, VALUE}))) return result::failed;
     if (failed(note_block_user(shared, node))) return result::failed;
     if (shared.entry.at_end) return ERROR("can't get sub block: offset=%08X", start);
-    if (failed(walk_branch(block, node, OP_IF, "parse_conv_2(): IF: SUB BLOCK"))) return result::failed;
-
-    if (shared.entry.code == OP_ELSE) {
-        const inst_index node_of_else = take_node(block);
-        if (node_of_else == no_inst) return result::failed;
-        trace_node(shared, "parse_conv_2(): ELSE", node_of_else);
-        if (shared.entry.at_end) return missing_endif();
-        if (failed(walk_branch(block, node_of_else, OP_ELSE, "parse_conv_2(): ELSE: SUB BLOCK"))) {
-            return result::failed;
-        }
-    }
-
-    if (shared.entry.code != OP_ENDIF) return missing_endif();
-    const inst_index node_of_endif = take_node(block);
-    if (node_of_endif == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): ENDIF", node_of_endif);
     return result::ok;
+}
+
+result begin_else(walk& block) {
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(block.shared, "parse_conv_2(): ELSE", node);
+    return block.shared.entry.at_end ? missing_endif() : result::ok;
+}
+
+result end_if(walk& block) {
+    if (block.shared.entry.code != OP_ENDIF) return missing_endif();
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(block.shared, "parse_conv_2(): ENDIF", node);
+    return result::ok;
+}
+
+result walk_if(walk& block) {
+    if (failed(begin_if(block))) return result::failed;
+    if (failed(walk_branch(block, OP_IF, "parse_conv_2(): IF: SUB BLOCK"))) return result::failed;
+    if (block.shared.entry.code == OP_ELSE) {
+        if (failed(begin_else(block))) return result::failed;
+        if (failed(walk_branch(block, OP_ELSE, "parse_conv_2(): ELSE: SUB BLOCK"))) return result::failed;
+    }
+    return end_if(block);
 }
 
 result missing_param(const walker& shared, inst_index index, std::int32_t k) {
@@ -156,28 +163,22 @@ result missing_param(const walker& shared, inst_index index, std::int32_t k) {
                  k);
 }
 
-// One keywords statement with its text and answer. `answer` receives the answer so far.
-result walk_keywords(walk& block, inst_index& keywords, walk& answer) {
+// One keywords statement with its text, whose offset it gives, up to its answer.
+result begin_keywords(walk& block, std::int32_t& text) {
     walker& shared = block.shared;
-    keywords = take_node(block);
-    if (keywords == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): KEYWORDS", keywords);
-    const std::int32_t start = shared.tree.nodes[keywords].offset;
+    const inst_index node = take_node(block);
+    if (node == no_inst) return result::failed;
+    trace_node(shared, "parse_conv_2(): KEYWORDS", node);
+    const std::int32_t start = shared.tree.nodes[node].offset;
     const entry_reader& entry = shared.entry;
     if (entry.at_end) return ERROR("keywords not found: offset=%08X", start);
     if (entry.type != TEXT && entry.type != MB_IN) {
         return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry), entry.type);
     }
-    const std::int32_t text = entry.offset;
+    text = entry.offset;
     advance(shared.entry);
-    if (failed(inst_add_param(shared.tree, keywords, text_operand(shared, text)))) return result::failed;
+    if (failed(inst_add_param(shared.tree, node, text_operand(shared, text)))) return result::failed;
     if (entry.at_end) return ERROR("keywords without answer: offset=%08X", start);
-
-    answer.owner = keywords;
-    answer.last = no_inst;
-    answer.kind = {OP_KEYWORDS, block.kind.parent};
-    if (failed(walk_sub_block(shared, keywords, answer.kind, text, answer.last))) return result::failed;
-    trace_sub_block(shared, "parse_conv_2(): KEYWORDS: SUB BLOCK", keywords);
     return result::ok;
 }
 
@@ -224,14 +225,16 @@ result walk_keywords_chain(walk& block) {
     walker& shared = block.shared;
     bool has_exit = false;  // a jump or bye ended one of the answers
     do {
-        inst_index keywords = no_inst;
-        walk answer = {shared, no_inst, {}};
-        if (failed(walk_keywords(block, keywords, answer))) return result::failed;
+        std::int32_t text = 0;
+        if (failed(begin_keywords(block, text))) return result::failed;
+        walk answer = {shared, block.last, {OP_KEYWORDS, block.kind.parent}};
+        if (failed(walk_sub_block(answer, text))) return result::failed;
+        trace_sub_block(shared, "parse_conv_2(): KEYWORDS: SUB BLOCK", block.last);
         if (shared.entry.code == OP_JUMP || shared.entry.code == OP_BYE) {
             has_exit = true;
             if (failed(walk_exit_of_answer(answer))) return result::failed;
         }
-    } while (!shared.entry.at_end && shared.entry.code == OP_KEYWORDS);
+    } while (shared.entry.code == OP_KEYWORDS);
     return walk_end_of_chain(block, has_exit);
 }
 
