@@ -13,7 +13,10 @@ void print_label(listing& print, std::uint32_t offset) {
 result print_operand(listing& print, const inst& node, const operand& param) {
     writer& out = print.out;
     switch (param.type) {
-        case TEXT: return print_quoted_text(print, param);
+        case TEXT:
+            if (failed(check_text(text_of(print.script, param)))) return result::failed;
+            print_quoted_text(print, param);
+            return result::ok;
         case BYTE: out.advance(put_decimal(out.room(max_decimal_size), param.value)); return result::ok;
         case INT32: print_label(print, param.value); return result::ok;
         case STR32:
@@ -89,7 +92,7 @@ result print_data_block(listing& print, const inst& node, int depth, std::int32_
             if (failed(check_text(text_of(print.script, param)))) return result::failed;
             print_indent(out, depth);
             out.put(".data ");
-            if (failed(print_quoted_text(print, param))) return result::failed;
+            print_quoted_text(print, param);
             out.put('\n');
             return result::ok;
         case DATA_INT16:

@@ -152,15 +152,10 @@ result print_text(listing& print, const inst& node, int depth) {
     return result::ok;
 }
 
-result print_quoted_text(listing& print, const operand& param) {
+void print_quoted_text(listing& print, const operand& param) {
     const std::string_view text = text_of(print.script, param);
-    if (failed(check_text(text))) return result::failed;
-    if (enter_text(print, text, param.offset)) {
-        put_last_text_label(print);
-        return result::ok;
-    }
+    if (enter_text(print, text, param.offset)) return put_last_text_label(print);
     print.out.put('"');
     put_escaped(print.out, text);
     print.out.put('"');
-    return result::ok;
 }

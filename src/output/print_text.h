@@ -15,9 +15,9 @@ result check_text(std::string_view text);
 // its label; enters it in the text table. Fails, with nothing written, when it is malformed.
 result print_text(listing& print, const inst& node, int depth);
 
-// Prints a text quoted on the line that is being written or, with text labels, as its label;
-// enters it in the text table. Fails, with nothing written, when it is malformed.
-result print_quoted_text(listing& print, const operand& param);
+// Prints a text that was checked: quoted on the line that is being written or, with text labels,
+// as its label. Enters it in the text table.
+void print_quoted_text(listing& print, const operand& param);
 
 // The text table's first and last line.
 inline constexpr std::string_view text_table_header = "# label\toffset\ttext\n";

@@ -1,7 +1,8 @@
 #include "support/in_process.h"
 
+#include <regex>
+
 #include "base/diagnostics.h"
-#include "support/messages.h"
 
 void set_script(conv& script, const std::string& bytes) {
     array<std::uint8_t> buffer;
@@ -9,6 +10,11 @@ void set_script(conv& script, const std::string& bytes) {
     std::copy(bytes.begin(), bytes.end(), buffer.begin());
     conv_init(script);
     conv_set_buffer(script, std::move(buffer));
+}
+
+std::string starred(const std::string& messages) {
+    static const std::regex number(R"(((?:^|\n)(?:ERROR|WARNING|INFORMATION|DEBUG)\()\d+(\): ))");
+    return std::regex_replace(messages, number, "$1*$2");
 }
 
 std::string messages_of(const std::function<void()>& act) {

@@ -1,4 +1,4 @@
-// What unit tests of the passes share.
+// What tests of the passes and of their messages share.
 #pragma once
 
 #include <functional>
@@ -9,5 +9,8 @@
 // Loads a script's bytes.
 void set_script(conv& script, const std::string& bytes);
 
-// The messages that are written while `act` runs.
+// Replaces the source line that a message is stamped with by "*": "ERROR(*): ...".
+std::string starred(const std::string& messages);
+
+// The messages that are written while `act` runs, starred.
 std::string messages_of(const std::function<void()>& act);
