@@ -16,9 +16,11 @@
 //     --- messages               standard error
 //
 // Each further "script:" is a run of its own; what the runs hand out follows one another in each
-// part. "arguments:" gives the whole command line of a run, without a script. Standard input is
-// an empty pipe. A message's source line is shown as "*", as is a node's identity behind "next=";
-// a byte that is no printable ASCII as \x and two hex digits.
+// part, and in the status where they differ there. "options:" holds for the scripts below it.
+// "arguments:" gives the whole command line of a run, without a script. Standard input is an empty
+// pipe. A listing that begins with the usual lines, of npc id 7 and the first game, and ends as a
+// whole one is shown without these. A message's source line is shown as "*", as is a node's
+// identity behind "next="; a byte that is no printable ASCII as \x and two hex digits.
 //
 // A FILE.hex is the source of the example FILE.scr; its first line with "varsul" is the command
 // that lists it. FILE.lst is its listing, FILE.txt its text table.
@@ -31,10 +33,11 @@
 #include <map>
 #include <optional>
 #include <regex>
+#include <set>
 #include <sstream>
 
 #include "robustness/tool_test.h"
-#include "support/messages.h"
+#include "support/in_process.h"
 #include "support/script_text.h"
 
 namespace {
@@ -64,49 +67,32 @@ std::string shown(const std::string& bytes) {
     return text;
 }
 
+std::string shown_listing(const std::string& listing) {
+    constexpr std::string_view head = "; id: 07(7)\n    .option --kv\n";
+    constexpr std::string_view end = "\n; END\n";
+    if (!listing.starts_with(head) || !listing.ends_with(end)) return shown(listing);
+    return shown(listing.substr(head.size(), listing.size() - head.size() - end.size() + 1));
+}
+
 std::string shown_messages(const std::string& messages) {
     static const std::regex identity(R"((next=)(?!0{8})[0-9A-F]{8})");
     return std::regex_replace(starred(shown(messages)), identity, "$1*");
 }
 
-struct tool_call {
-    std::vector<std::string> arguments;
-    std::optional<std::string> script;
-};
-
-struct golden_case {
-    std::string input;  // its lines up to the status
-    std::string status;
-    std::string expected;  // its lines behind the status
-
-    [[nodiscard]] std::vector<tool_call> calls() const {
-        std::vector<tool_call> all;
-        std::vector<std::string> options;
-        std::istringstream lines(input);
-        for (std::string line; std::getline(lines, line);) {
-            if (line.starts_with("options:")) options = words_of(line.substr(8));
-            if (line.starts_with("arguments:")) all.push_back({words_of(line.substr(10)), {}});
-            if (line.starts_with("script:")) {
-                all.push_back({options, script_bytes(line.substr(7))});
-                all.back().arguments.emplace_back("script");
-            } else if (line.starts_with(' ')) {
-                *all.back().script += script_bytes(line);
-            }
-        }
-        return all;
-    }
-};
-
 // A test in an empty folder of its own that calls the tool.
 class golden_test : public tool_test {
 protected:
-    static tool_result call_tool(const tool_call& call) {
-        if (call.script) write_text("script", *call.script);
-        return run_tool(call.arguments, [] {
+    static tool_result call_tool(const std::vector<std::string>& arguments) {
+        return run_tool(arguments, [] {
             int input[2];
             if (pipe(input) == 0 && close(input[1]) == 0) dup2(input[0], STDIN_FILENO);
         });
     }
+};
+
+struct golden_case {
+    std::string input;     // its lines up to the status
+    std::string expected;  // its lines from the status on
 };
 
 class case_test : public golden_test {
@@ -114,68 +100,71 @@ public:
     explicit case_test(golden_case& each) : case_(each) {}
 
     void TestBody() override {
-        const std::string status = case_.status;
-        std::string other_status = status;
-        std::map<std::pair<int, std::string>, std::string> parts;  // in the order of a case
-        for (const tool_call& call : case_.calls()) {
-            const tool_result run = call_tool(call);
-            if (std::to_string(run.status) != status) other_status = std::to_string(run.status);
-            if (!run.listing.empty()) parts[{1, "listing"}] += shown(run.listing);
-            if (!run.messages.empty()) parts[{4, "messages"}] += shown_messages(run.messages);
+        std::istringstream lines(case_.input);
+        std::vector<std::string> options;
+        std::string script;
+        for (std::string line; std::getline(lines, line);) {
+            if (line.starts_with("options:")) options = words_of(line.substr(8));
+            if (line.starts_with("arguments:")) run(words_of(line.substr(10)));
+            if (line.starts_with("script:")) script = line.substr(7) + "\n";
+            if (line.starts_with(' ')) script += line + "\n";
+            if (script.empty() || lines.peek() == ' ') continue;
+            write_text("script", script_bytes(script));
+            options.emplace_back("script");
+            run(options);
+            options.pop_back();
             fs::remove("script");
-            for (const auto& file : fs::directory_iterator(".")) {
-                const std::string name = file.path().filename();
-                auto& part = name == "text" ? parts[{2, "text table"}] : parts[{3, std::string("file ") + name}];
-                part += shown_messages(read_file(name));
-                fs::remove(name);
-            }
+            script.clear();
         }
-        std::string all;
-        for (const auto& [name, text] : parts) all.append("--- ").append(name.second).append("\n").append(text);
-        if (is_update && status == other_status) case_.expected = all;
-        EXPECT_EQ("status: " + status + "\n" + case_.expected, "status: " + other_status + "\n" + all);
+        const bool is_one_status = std::set(statuses_.begin(), statuses_.end()).size() == 1;
+        std::string all = "status:";
+        for (std::size_t k = 0; k < (is_one_status ? 1 : statuses_.size()); ++k) all += " " + statuses_[k];
+        all += "\n";
+        for (const auto& [name, text] : parts_) all.append("--- ").append(name.second).append("\n").append(text);
+        if (is_update) case_.expected = all;
+        EXPECT_EQ(case_.expected, all);
     }
 
 private:
-    golden_case& case_;
-};
-
-// Takes the bytes from a listing's dump lines.
-std::string dumped_bytes(const std::string& listing) {
-    const std::regex dump_line(R"((?:^|\n); ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: )");
-    std::string bytes;
-    for (std::sregex_iterator line(listing.begin(), listing.end(), dump_line), end; line != end; ++line) {
-        EXPECT_EQ(std::stoul(line->str(1), nullptr, 16), bytes.size());
-        bytes += script_bytes(line->str(2));
+    void run(const std::vector<std::string>& arguments) {
+        const tool_result result = call_tool(arguments);
+        statuses_.push_back(std::to_string(result.status));
+        if (!result.listing.empty()) parts_[{1, "listing"}] += shown_listing(result.listing);
+        if (!result.messages.empty()) parts_[{4, "messages"}] += shown_messages(result.messages);
+        for (const auto& file : fs::directory_iterator(".")) {
+            const std::string name = file.path().filename();
+            if (name == "script") continue;
+            auto& part = name == "text" ? parts_[{2, "text table"}] : parts_[{3, "file " + name}];
+            part += shown_messages(read_file(name));
+            fs::remove(name);
+        }
     }
-    return bytes;
-}
+
+    golden_case& case_;
+    std::vector<std::string> statuses_;
+    std::map<std::pair<int, std::string>, std::string> parts_;  // in the order of a case
+};
 
 class example_test : public golden_test {
 public:
     explicit example_test(const fs::path& source) : source_(source) {}
 
     void TestBody() override {
-        const std::string text = read_file(source_);
-        tool_call call = {words_of(text.substr(text.find("varsul ") + 7, text.find(".scr") - text.find("varsul ") - 7)),
-                          script_bytes(text)};
-        call.arguments.back() = "script";
-        call.arguments.insert(call.arguments.end(), {"-t", "text"});
-        const tool_result plain = call_tool(call);
-        if (is_update && plain.status == 0) {
-            write_text(beside("lst"), plain.listing);
+        const std::string source = read_file(source_);
+        const std::size_t command = source.find("varsul ");
+        std::vector<std::string> arguments = words_of(source.substr(command + 7, source.find('\n', command) - command));
+        arguments.back() = beside("scr");
+        arguments.insert(arguments.end(), {"-t", "text"});
+        const tool_result result = call_tool(arguments);
+        if (is_update) {
+            write_text(beside("lst"), result.listing);
             write_text(beside("txt"), read_file("text"));
         }
-        EXPECT_TRUE(*call.script == read_file(beside("scr")))
-            << "the .scr file does not hold the bytes of the .hex file";
-        EXPECT_EQ(plain.status, 0);
-        EXPECT_EQ(plain.messages, "");
-        EXPECT_EQ(shown(read_file(beside("lst"))), shown(plain.listing));
+        EXPECT_TRUE(script_bytes(source) == read_file(beside("scr"))) << "the sources and the script differ";
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.messages, "");
+        EXPECT_EQ(shown(read_file(beside("lst"))), shown(result.listing));
         EXPECT_EQ(shown(read_file(beside("txt"))), shown(read_file("text")));
-        call.arguments.emplace_back("-d");
-        const tool_result dump = call_tool(call);
-        EXPECT_EQ(dump.messages, "");
-        EXPECT_TRUE(dumped_bytes(dump.listing) == *call.script) << "the dump does not rebuild the script";
     }
 
 private:
@@ -200,36 +189,28 @@ void add_test(const fs::path& path, int line, const std::string& name, Make make
 
 void add_cases(case_file& file) {
     std::istringstream lines(read_file(file.path));
-    bool is_below_status = false;
+    std::string* part = &file.head;
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
         if (line.starts_with("=== ")) {
             golden_case& each = file.cases.emplace_back();
             add_test(file.path, number, line.substr(4), [&each]() -> testing::Test* { return new case_test(each); });
-            is_below_status = false;
+            part = &each.input;
         }
-        if (line.starts_with("status: ")) {
-            file.cases.back().status = line.substr(8);
-            is_below_status = true;
-        } else if (file.cases.empty()) {
-            file.head += line + "\n";
-        } else if (is_below_status) {
-            file.cases.back().expected += line.empty() && file.cases.back().expected.empty() ? "" : line + "\n";
-        } else {
-            file.cases.back().input += line + "\n";
-        }
+        if (line.starts_with("status:")) part = &file.cases.back().expected;
+        *part += line + "\n";
     }
+    // The empty line between two cases.
     for (golden_case& each : file.cases) {
-        while (each.expected.ends_with("\n\n")) each.expected.pop_back();
+        if (&each != &file.cases.back() && each.expected.ends_with("\n\n")) each.expected.pop_back();
     }
 }
 
 void write_cases(const case_file& file) {
     std::string text = file.head;
     for (const golden_case& each : file.cases) {
-        text +=
-            each.input + "status: " + each.status + "\n" + each.expected + (&each == &file.cases.back() ? "" : "\n");
+        text += each.input + each.expected + (&each == &file.cases.back() ? "" : "\n");
     }
     write_text(file.path, text);
 }

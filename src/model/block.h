@@ -9,20 +9,21 @@
 inline constexpr int max_nesting = 4100;
 
 // The statement whose sub block is walked (0, OP_IF, OP_ELSE or OP_KEYWORDS) and, for the answer
-// of a keywords statement, the `parent` of the block in which that statement stands, else 0.
+// of a keywords statement, the parent code of the block in which that statement stands, else 0.
 struct block_kind {
-    std::uint8_t parent = 0;
-    std::uint8_t grandparent = 0;
+    std::uint8_t parent_code = 0;
+    std::uint8_t grandparent_code = 0;
 };
 
-constexpr bool closes_branch(int code, std::uint8_t parent) {
-    return (parent == OP_IF && (code == OP_ENDIF || code == OP_ELSE)) || (parent == OP_ELSE && code == OP_ENDIF);
+constexpr bool closes_branch(int code, std::uint8_t parent_code) {
+    return (parent_code == OP_IF && (code == OP_ENDIF || code == OP_ELSE)) ||
+           (parent_code == OP_ELSE && code == OP_ENDIF);
 }
 
 // Whether a block ends before this byte. An answer also ends at what closes the branch in which
 // its keywords statement stands.
 constexpr bool closes_block(int code, block_kind kind) {
-    if (kind.parent != OP_KEYWORDS) return closes_branch(code, kind.parent);
+    if (kind.parent_code != OP_KEYWORDS) return closes_branch(code, kind.parent_code);
     return code == OP_ENDANSWER || code == OP_KEYWORDS || code == OP_JUMP || code == OP_BYE ||
-           closes_branch(code, kind.grandparent);
+           closes_branch(code, kind.grandparent_code);
 }

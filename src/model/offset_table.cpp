@@ -96,7 +96,7 @@ result add_outside(offset_table& table, std::int32_t offset, code_type type) {
     return result::ok;
 }
 
-result allocate_marks(offset_table& table) {
+result offset_table_reserve(offset_table& table) {
     const auto size = static_cast<std::size_t>(table.script_size);
     return table.inside->assign_zero(size) ? result::ok : memory_exhausted(size);
 }
@@ -120,7 +120,7 @@ void offset_table_free(offset_table& table) {
 result add_or_retype(offset_table& table, std::int32_t offset, code_type type) {
     if (!is_inside(table, offset)) return add_outside(table, offset, type);
     if (table.inside->empty()) {
-        if (failed(allocate_marks(table))) return result::failed;
+        if (failed(offset_table_reserve(table))) return result::failed;
         return offset_table_add(table, offset, type);
     }
     const auto stored = offset_table_find(table, offset);

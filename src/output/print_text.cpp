@@ -38,7 +38,7 @@ std::size_t skip_plain(std::string_view text, std::size_t position) {
 
 // Copies a text with its escapes. `in_passage` says whether it begins inside a double-byte
 // passage and receives whether it ends inside one.
-void put_escaped(writer& out, std::string_view text, bool& in_passage) {
+void escape_text(writer& out, std::string_view text, bool& in_passage) {
     std::size_t copied = 0;
     std::size_t position = 0;
     while (position < text.size()) {
@@ -63,9 +63,9 @@ void put_escaped(writer& out, std::string_view text, bool& in_passage) {
     out.put(text.substr(copied));
 }
 
-void put_escaped(writer& out, std::string_view text) {
+void escape_text(writer& out, std::string_view text) {
     bool in_passage = false;
-    put_escaped(out, text, in_passage);
+    escape_text(out, text, in_passage);
 }
 
 void put_text_label(writer& out, const conv& script, std::int32_t number) {
@@ -85,7 +85,7 @@ bool enter_text(listing& print, std::string_view text, std::int32_t offset) {
     table.put("\t0x");
     table.advance(put_hex(table.room(8), static_cast<std::uint32_t>(offset), 8));
     table.put("\t\"");
-    put_escaped(table, text);
+    escape_text(table, text);
     table.put("\"\n");
     ++options.text_counter;
     return options.text_label;
@@ -139,7 +139,7 @@ result print_text(listing& print, const inst& node, int depth) {
         const std::string_view line = rest.substr(0, newline == std::string_view::npos ? newline : newline + 1);
         print_indent(out, depth);
         out.put('"');
-        put_escaped(out, line, in_passage);
+        escape_text(out, line, in_passage);
         rest.remove_prefix(line.size());
         // A passage that ends right behind the newline ends on the newline's line.
         if (in_passage && rest.starts_with('}')) {
@@ -156,6 +156,6 @@ void print_quoted_text(listing& print, const operand& param) {
     const std::string_view text = text_of(print.script, param);
     if (enter_text(print, text, param.offset)) return put_last_text_label(print);
     print.out.put('"');
-    put_escaped(print.out, text);
+    escape_text(print.out, text);
     print.out.put('"');
 }

@@ -177,7 +177,7 @@ result walk_jump_of_answer(walk& block) {
     return result::ok;
 }
 
-result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
+result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
     if (at_end(block)) {
         WARNING("'endanswer' not found: end of buffer: keywords=%08X, offset=%08X", keywords, block.cursor);
         return result::ok;
@@ -189,7 +189,7 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
         ++block.cursor;
         return result::ok;
     }
-    if (has_exit || closes_branch(code, block.kind.parent) ||
+    if (chain_exit || closes_branch(code, block.kind.parent_code) ||
         offset_table_find(block.script.data_offset_table, block.cursor)) {
         WARNING("'endanswer' not found ... ignore: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor,
                 code);
@@ -198,12 +198,12 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool has_exit) {
     return ERROR("'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor, code);
 }
 
-// The jump or bye that ends an answer, if one does. `has_exit` is set then.
-result walk_exit_of_answer(walk& block, bool& has_exit) {
+// The jump or bye that ends an answer, if one does. `chain_exit` is set then.
+result walk_exit_of_answer(walk& block, bool& chain_exit) {
     if (at_end(block)) return result::ok;
     const std::uint8_t code = byte_at_cursor(block);
     if (code != OP_JUMP && code != OP_BYE) return result::ok;
-    has_exit = true;
+    chain_exit = true;
     if (code == OP_JUMP) return walk_jump_of_answer(block);
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
@@ -212,13 +212,13 @@ result walk_exit_of_answer(walk& block, bool& has_exit) {
 
 // Keywords statements one after the other, each with its answer, then EE.
 result walk_keywords_chain(walk& block) {
-    bool has_exit = false;  // a jump or bye ended one of the answers
+    bool chain_exit = false;  // a jump or bye ended one of the answers
     for (;;) {
         const std::int32_t start = block.cursor;
         if (failed(begin_keywords(block))) return result::failed;
-        if (failed(walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent}))) return result::failed;
-        if (failed(walk_exit_of_answer(block, has_exit))) return result::failed;
-        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) return walk_end_of_chain(block, start, has_exit);
+        if (failed(walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent_code}))) return result::failed;
+        if (failed(walk_exit_of_answer(block, chain_exit))) return result::failed;
+        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) return walk_end_of_chain(block, start, chain_exit);
     }
 }
 
@@ -333,8 +333,8 @@ result walk_step(walk& block, std::uint8_t code) {
 // At a data block start. Returns whether the walk goes on, at another offset.
 bool walk_past_data_block(walk& block) {
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
-    if (block.kind.parent != 0) {
-        INFORMATION(1, "return to parent: parent=%02X", block.kind.parent);
+    if (block.kind.parent_code != 0) {
+        INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
         return false;
     }
     const auto target = take_open_target(block.shared);
@@ -358,8 +358,8 @@ result walk_top_level_step(walk& block, std::uint8_t code) {
 
 // Walks to the byte that closes the block, a data block or the script's end.
 result walk_block(walk& block) {
-    const auto [parent, grandparent] = block.kind;
-    DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent, grandparent);
+    const auto [parent_code, grandparent_code] = block.kind;
+    DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
     while (!at_end(block)) {
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
             if (!walk_past_data_block(block)) break;
@@ -367,16 +367,16 @@ result walk_block(walk& block) {
         }
         const std::uint8_t code = byte_at_cursor(block);
         if (closes_block(code, block.kind)) {
-            DEBUG("return to parent: offset=%08X, code=%02X, parent=%02X, %02X", block.cursor, code, parent,
-                  grandparent);
+            DEBUG("return to parent: offset=%08X, code=%02X, parent=%02X, %02X", block.cursor, code, parent_code,
+                  grandparent_code);
             break;
         }
-        if (failed(parent == 0 ? walk_top_level_step(block, code) : walk_step(block, code))) return result::failed;
+        if (failed(parent_code == 0 ? walk_top_level_step(block, code) : walk_step(block, code))) return result::failed;
     }
     if (block.cursor > block.script.data_size) {
         return ERROR("buffer overrun: offset=%08X, data_size=%08X", block.cursor, block.script.data_size);
     }
-    DEBUG("parse_conv_1(*, *, *, %02X, %02X) return", parent, grandparent);
+    DEBUG("parse_conv_1(*, *, *, %02X, %02X) return", parent_code, grandparent_code);
     return result::ok;
 }
 

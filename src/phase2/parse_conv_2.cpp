@@ -201,7 +201,7 @@ result walk_exit_of_answer(walk& answer) {
     return inst_add_param(shared.tree, exit, {target_offset, target, code_info[OP_JUMP].params[0].type});
 }
 
-result walk_end_of_chain(walk& block, bool has_exit) {
+result walk_end_of_chain(walk& block, bool chain_exit) {
     const entry_reader& entry = block.shared.entry;
     if (entry.at_end) {
         WARNING("'endanswer' not found: end of buffer");
@@ -213,7 +213,7 @@ result walk_end_of_chain(walk& block, bool has_exit) {
         trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
         return result::ok;
     }
-    if (has_exit || closes_branch(entry.code, block.kind.parent) || entry.type == DATA) {
+    if (chain_exit || closes_branch(entry.code, block.kind.parent_code) || entry.type == DATA) {
         WARNING("'endanswer' not found ... ignore");
         return result::ok;
     }
@@ -223,19 +223,19 @@ result walk_end_of_chain(walk& block, bool has_exit) {
 
 result walk_keywords_chain(walk& block) {
     walker& shared = block.shared;
-    bool has_exit = false;  // a jump or bye ended one of the answers
+    bool chain_exit = false;  // a jump or bye ended one of the answers
     do {
         std::int32_t text = 0;
         if (failed(begin_keywords(block, text))) return result::failed;
-        walk answer = {shared, block.last, {OP_KEYWORDS, block.kind.parent}};
+        walk answer = {shared, block.last, {OP_KEYWORDS, block.kind.parent_code}};
         if (failed(walk_sub_block(answer, text))) return result::failed;
         trace_sub_block(shared, "parse_conv_2(): KEYWORDS: SUB BLOCK", block.last);
         if (shared.entry.code == OP_JUMP || shared.entry.code == OP_BYE) {
-            has_exit = true;
+            chain_exit = true;
             if (failed(walk_exit_of_answer(answer))) return result::failed;
         }
     } while (shared.entry.code == OP_KEYWORDS);
-    return walk_end_of_chain(block, has_exit);
+    return walk_end_of_chain(block, chain_exit);
 }
 
 // Operand `k` of the node, from the entry on.
@@ -360,8 +360,8 @@ result walk_block(walk& block) {
     while (!entry.at_end) {
         if (entry.type == DATA) {
             INFORMATION(1, "code break by data block: offset=%08X", entry.offset);
-            if (block.kind.parent != 0) {
-                INFORMATION(1, "return to parent: parent=%02X", block.kind.parent);
+            if (block.kind.parent_code != 0) {
+                INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
                 return result::ok;
             }
             if (failed(walk_data_block(block))) return result::failed;

@@ -18,8 +18,7 @@ std::string unescaped(const std::string& text) {
 }  // namespace
 
 std::string script_bytes(std::string_view source) {
-    static const std::regex item(
-        R"re("((?:\\[^]|[^"\\])*)"|@([0-9A-F]{1,8})(?!\S)|([0-9A-F]{2})(?!\S)|(#.*)|\S+)re");
+    static const std::regex item(R"re("((?:\\[^]|[^"\\])*)"|@([0-9A-F]{1,8})(?!\S)|([0-9A-F]{2})(?!\S)|(#.*)|\S+)re");
     std::string bytes;
     for (std::cregex_iterator match(source.data(), source.data() + source.size(), item), end; match != end; ++match) {
         if ((*match)[1].matched) {
