@@ -4,17 +4,11 @@
 
 namespace {
 
-std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) {
+const expr_entry& entry_at(const expr_builder& builder, std::int32_t entry) {
     return builder.entries[static_cast<std::size_t>(entry)];
 }
 
-code_type entry_type(const expr_builder& builder, std::int32_t entry) {
-    return offset_table_find(builder.script.code_offset_table, entry_offset(builder, entry)).value_or(NONE);
-}
-
-std::uint8_t entry_code(const expr_builder& builder, std::int32_t entry) {
-    return conv_byte(builder.script, entry_offset(builder, entry));
-}
+std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) { return entry_at(builder, entry).offset; }
 
 // The index of the item that add_item adds next.
 std::uint32_t next_item(const expr_builder& builder) {
@@ -37,19 +31,18 @@ result push(array<T>& items, const T& item) {
 
 // How many operands the item at an entry takes.
 result count_operands(expr_builder& builder, std::int32_t start, std::int32_t entry, std::int32_t& count) {
-    const std::uint8_t code = entry_code(builder, entry);
+    const auto& [offset, type, code] = entry_at(builder, entry);
     count = 0;
-    switch (entry_type(builder, entry)) {
+    switch (type) {
         case LITERAL:
             builder.names_block |= code == OP_INT32;
             if (code_types[code] == LITERAL) return result::ok;
-            return ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry_offset(builder, entry), code);
+            return ERROR("BUG: offset=%08X, code=%02X, type=STORE", offset, code);
         case OPERATOR:
         case FUNCTION: count = code_info[code].num_params; return result::ok;
         case BYTE: return result::ok;
         default:
-            return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
-                         entry_offset(builder, entry), code);
+            return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start), offset, code);
     }
 }
 
@@ -76,7 +69,7 @@ next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t&
             builder.open.pop_back();
             continue;
         }
-        const std::uint8_t code = entry_code(builder, top.entry);
+        const std::uint8_t code = entry_at(builder, top.entry).code;
         if (entry < start) {
             (void)ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
                         entry_offset(builder, top.entry), code);
@@ -119,13 +112,17 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
     }
 }
 
+result push_entry(expr_builder& builder, const entry_reader& entry) {
+    return push(builder.entries, {entry.offset, entry.type, shown_code(entry)});
+}
+
 // Collects the entries up to the "eval" and moves behind it.
 result collect_expression(expr_builder& builder, entry_reader& entry) {
     const std::int32_t first = entry.offset;
     builder.entries.truncate(0);
     while (!entry.at_end) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
-        if (failed(push(builder.entries, entry.offset))) return result::failed;
+        if (failed(push_entry(builder, entry))) return result::failed;
         const bool is_eval = entry.type == OPERATOR && entry.code == OP_EVAL;
         advance(entry);
         if (is_eval) return result::ok;
@@ -140,7 +137,7 @@ result collect_reference(expr_builder& builder, entry_reader& entry) {
     builder.entries.truncate(0);
     for (; !entry.at_end; advance(entry)) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
-        if (failed(push(builder.entries, entry.offset))) return result::failed;
+        if (failed(push_entry(builder, entry))) return result::failed;
         if (entry.type == OPERATOR || entry.type == FUNCTION) {
             depth -= code_info[shown_code(entry)].num_params;
             if (depth < 0) {
@@ -171,8 +168,11 @@ result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t
 }
 
 bool is_assignment(const expr_builder& builder, std::int32_t assign) {
-    return assign >= 1 && entry_type(builder, assign) == ASSIGN && entry_code(builder, assign) == OP_ASSIGN &&
-           entry_type(builder, assign - 1) == FUNCTION && is_reference(entry_code(builder, assign - 1));
+    if (assign < 1 || entry_at(builder, assign).type != ASSIGN || entry_at(builder, assign).code != OP_ASSIGN) {
+        return false;
+    }
+    const expr_entry& target = entry_at(builder, assign - 1);
+    return target.type == FUNCTION && is_reference(target.code);
 }
 
 }  // namespace

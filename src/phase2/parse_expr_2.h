@@ -5,6 +5,13 @@
 
 #include "phase2/entry_reader.h"
 
+// One item of an expression, as the code offset table has it.
+struct expr_entry {
+    std::int32_t offset;
+    code_type type;
+    std::uint8_t code;
+};
+
 // An operator or function that still waits for operands.
 struct open_expr {
     std::uint32_t item;    // in the tree
@@ -15,7 +22,7 @@ struct open_expr {
 // What the builders work with; kept from one expression to the next for its memory.
 struct expr_builder {
     conv& script;
-    array<std::int32_t> entries;  // offsets of the expression's entries, in script order
+    array<expr_entry> entries;  // the expression's, in script order
     array<open_expr> open;
     bool names_block = false;  // set when an expression has an "int32" literal
 };
