@@ -6,7 +6,7 @@
 namespace {
 
 // Formats straight into the buffer; a message that does not fit there (it shows a long text) is
-// formatted again into memory of its own size, and cut only when there is none.
+// formatted again into memory of its own size, and cut when there is none.
 [[gnu::format(printf, 1, 0)]] void put_formatted(const char* format, va_list arguments) {
     va_list again;
     va_copy(again, arguments);
@@ -21,6 +21,7 @@ namespace {
         diagnostics.put({text.data(), size});
     } else {
         diagnostics.advance(room + writer::max_room - 1);
+        message_cut = true;
     }
     va_end(again);
     diagnostics.put('\n');

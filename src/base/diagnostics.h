@@ -12,6 +12,9 @@ inline writer diagnostics;
 // How many messages the process has reported.
 inline std::uint32_t reported_messages = 0;
 
+// Memory ran out for a long message, which was cut. The run can't end well then.
+inline bool message_cut = false;
+
 [[gnu::format(printf, 2, 3)]] void report(const char* severity, const char* format, ...);
 [[gnu::format(printf, 3, 4)]] void report_at(const char* severity, int line, const char* format, ...);
 

@@ -63,8 +63,9 @@ result list_script(const command_line& line, conv& script) {
     return printed;
 }
 
-// Messages that the "-E" file did not take are not lost in silence.
+// Messages that were cut or that the "-E" file did not take are not lost in silence.
 result finish_messages(const command_line& line, const file& original) {
+    if (message_cut) return RUN_ERROR("memory exhausted! (a message was cut)");
     diagnostics.flush();
     if (diagnostics.error() == 0 || !original.is_open()) return result::ok;
     diagnostics.open(original.descriptor());
@@ -91,6 +92,7 @@ result run_command_line(const command_line& line) {
 int run(int argc, const char* const* argv) {
     reserve_standard_descriptors();
     options = {};
+    message_cut = false;
     diagnostics.open(STDERR_FILENO);
     command_line line;
     const bool done = !failed(parse_command_line(argc, argv, line)) && !failed(run_command_line(line));

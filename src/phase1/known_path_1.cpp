@@ -29,15 +29,19 @@ void finish_path(path_memory& memory, const conv& script, std::int32_t end) {
     memory.records = true;
 }
 
-void note_step(path_memory& memory, const conv& script, std::int32_t start, bool is_sident) {
-    if (!memory.records) return;
+result note_step(path_memory& memory, const conv& script, std::int32_t start, bool is_sident) {
+    if (!memory.records) return result::ok;
     known_path& path = memory.current;
-    if (path.messages != reported_messages || !is_current(path, script)) return forget_steps(path, script);
-    if (!path.steps.push_back(start)) return forget_steps(path, script);
+    if (path.messages != reported_messages || !is_current(path, script)) {
+        forget_steps(path, script);
+        return result::ok;
+    }
+    if (!path.steps.push_back(start)) return ERROR("memory exhausted! (size=%zu)", path.steps.growth_bytes());
     if (is_sident) {
         path.last_sident = start;
         path.npc_id = script.npc_id;
     }
+    return result::ok;
 }
 
 bool follow_known_path(path_memory& memory, conv& script, std::int32_t& cursor) {

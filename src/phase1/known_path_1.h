@@ -34,8 +34,8 @@ struct path_memory {
 void finish_path(path_memory& memory, const conv& script, std::int32_t end);
 
 // To be called when the step that began at `start` is done; `is_sident` says whether it took the
-// npc id. Running out of memory only makes the memory forget.
-void note_step(path_memory& memory, const conv& script, std::int32_t start, bool is_sident);
+// npc id. Fails, after its message, only when memory runs out.
+result note_step(path_memory& memory, const conv& script, std::int32_t start, bool is_sident);
 
 // Whether the walk knows the way from `cursor` on. Then it moves there and sets the npc id.
 bool follow_known_path(path_memory& memory, conv& script, std::int32_t& cursor);

@@ -352,8 +352,7 @@ result walk_top_level_step(walk& block, std::uint8_t code) {
     const std::int32_t start = block.cursor;
     const int sidents = shared.sidents;
     if (failed(walk_step(block, code))) return result::failed;
-    note_step(shared.memory, block.script, start, sidents != shared.sidents);
-    return result::ok;
+    return note_step(shared.memory, block.script, start, sidents != shared.sidents);
 }
 
 // Walks to the byte that closes the block, a data block or the script's end.
