@@ -12,6 +12,7 @@ namespace {
     va_copy(again, arguments);
     char* const room = diagnostics.room(writer::max_room);
     const int length = std::vsnprintf(room, writer::max_room, format, arguments);
+    message_cut |= length < 0;  // longer than a printed text may be
     const std::size_t size = length < 0 ? 0 : static_cast<std::size_t>(length);
     array<char> text;
     if (size < writer::max_room) {

@@ -1,6 +1,8 @@
 // Messages: one line each, in the order in which their conditions are met.
 #pragma once
 
+#include <cstdint>
+
 #include "base/options.h"
 #include "base/result.h"
 #include "base/writer.h"
@@ -12,7 +14,8 @@ inline writer diagnostics;
 // How many messages the process has reported.
 inline std::uint32_t reported_messages = 0;
 
-// Memory ran out for a long message, which was cut. The run can't end well then.
+// A message was too long for the memory there is, or for printing at all, and was cut. The run
+// can't end well then.
 inline bool message_cut = false;
 
 [[gnu::format(printf, 2, 3)]] void report(const char* severity, const char* format, ...);

@@ -34,10 +34,10 @@ void writer::hand_on(std::string_view text) {
     }
     while (!text.empty()) {
         const ssize_t written = ::write(descriptor_, text.data(), text.size());
-        if (written >= 0) {
+        if (written > 0) {
             text.remove_prefix(static_cast<std::size_t>(written));
-        } else if (errno != EINTR) {
-            error_ = errno;
+        } else if (written == 0 || errno != EINTR) {
+            error_ = written == 0 ? EIO : errno;
             return;
         }
     }

@@ -1,6 +1,7 @@
 // The files of a run.
 #pragma once
 
+#include <cstdint>
 #include <initializer_list>
 #include <utility>
 

@@ -8,11 +8,12 @@
 // Runs every pass from phase 1 to the last jump check. Each failure is reported.
 result analyse(conv& script);
 
-// Prints an analysed script: the listing to `out` and, unless null, the text table's rows and end
-// line to `text_file`. `out_name` and `text_name` are what messages call the two when they can't
-// be written. Reports each failure.
+// Where output goes, null for nowhere, and what messages call that.
 struct named_writer {
     writer* out;
     const char* name;
 };
+
+// Prints an analysed script: the listing and, where there is a text table, its rows and end line.
+// Reports each failure.
 result print_script(conv& script, const named_writer& listing_file, const named_writer& text_file);

@@ -59,15 +59,21 @@ result list_script(const command_line& line, conv& script) {
     const result printed =
         print_script(script, {&listing_out, listing_name}, {text.is_open() ? &text_out : nullptr, line.text});
     if (text.is_open()) text_out.flush();
-    if (!text.close() && !failed(printed)) return RUN_ERROR("can't write file '%s'", line.text);
-    return printed;
+    if (failed(printed)) return result::failed;
+    if (!text.close()) return RUN_ERROR("can't write file '%s'", line.text);
+    // Some file systems report only at closing that they did not take everything.
+    if (line.output != nullptr && !file(dup(STDOUT_FILENO)).close()) {
+        return RUN_ERROR("can't write file '%s'", line.output);
+    }
+    return result::ok;
 }
 
 // Messages that were cut or that the "-E" file did not take are not lost in silence.
 result finish_messages(const command_line& line, const file& original) {
-    if (message_cut) return RUN_ERROR("memory exhausted! (a message was cut)");
+    const bool was_cut = message_cut;
+    if (was_cut) (void)RUN_ERROR("memory exhausted! (a message was cut)");
     diagnostics.flush();
-    if (diagnostics.error() == 0 || !original.is_open()) return result::ok;
+    if (diagnostics.error() == 0 || line.error == nullptr) return was_cut ? result::failed : result::ok;
     diagnostics.open(original.descriptor());
     const result outcome = RUN_ERROR("can't write file '%s'", line.error);
     diagnostics.flush();  // while the descriptor is open

@@ -5,7 +5,8 @@
 
 #include "model/code_info.h"
 
-// How deep sub blocks may nest. The walkers recurse once for each level.
+// How deep sub blocks may nest. The walkers and the printer recurse once for each level, which takes
+// less than 2 KB of stack even in an unoptimised sanitizer build.
 inline constexpr int max_nesting = 4100;
 
 // The statement whose sub block is walked (0, OP_IF, OP_ELSE or OP_KEYWORDS) and, for the answer

@@ -8,7 +8,7 @@ using operands = std::array<param_info, max_params>;
 
 struct opcode_info {
     code_type type = NONE;
-    std::string_view name;
+    code_name name;
     operands params = {};
 };
 

@@ -74,8 +74,10 @@ public:
     static constexpr std::size_t max_size = 16;
 
     constexpr code_name() = default;
-    constexpr code_name(std::string_view name) : size_(static_cast<std::uint8_t>(name.size())) {
-        for (std::size_t i = 0; i < name.size(); ++i) text_[i] = name[i];
+    template <std::size_t size>
+    constexpr code_name(const char (&name)[size]) : size_(size - 1) {
+        static_assert(size - 1 <= max_size);
+        for (std::size_t i = 0; i < size - 1; ++i) text_[i] = name[i];
     }
     constexpr operator std::string_view() const { return {text_.data(), size_}; }
 

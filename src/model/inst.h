@@ -61,7 +61,8 @@ struct inst_tree {
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
 inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code);
 
-// Adds an operand to the node that got operands last; counts it in num_params. The same failure.
+// Adds an operand to a node; counts it in num_params. Since the node's first operand no other node
+// may have got one. The same failure.
 inline result inst_add_param(inst_tree& tree, inst_index node, operand param);
 
 // Adds an expression item, the same failure.

@@ -45,11 +45,11 @@ code_type outside_type(const offset_table& table) {
 // Brings the offsets outside the script in order.
 const array<std::int32_t>& settled_outside(const offset_table& table) {
     array<std::int32_t>& outside = table.outside;
-    if (!table.settled) {
+    if (table.settled != outside.size()) {
         std::sort(outside.begin(), outside.end());
         const auto* const end = std::unique(outside.begin(), outside.end());
         outside.truncate(static_cast<std::size_t>(end - outside.begin()));
-        table.settled = true;
+        table.settled = outside.size();
     }
     return outside;
 }
@@ -89,10 +89,16 @@ result add_outside(offset_table& table, std::int32_t offset, code_type type) {
         if (offset_table_find(table, offset)) gives_way(outside_type(table), offset, type);
         return result::ok;
     }
-    if (!table.outside.push_back(offset)) return memory_exhausted(table.outside.growth_bytes());
+    // What is not settled is at most as much as what is, so that repeated offsets cost no memory
+    // and settling little time.
+    constexpr std::size_t least = 256;
+    array<std::int32_t>& outside = table.outside;
+    if (outside.size() >= 2 * table.settled + least) settled_outside(table);
+    if (std::binary_search(outside.begin(), outside.begin() + table.settled, offset)) return result::ok;
+    const bool is_next = table.settled == outside.size() && (outside.empty() || outside.back() < offset);
+    if (!outside.push_back(offset)) return memory_exhausted(outside.growth_bytes());
+    if (is_next) ++table.settled;
     ++table.inserted;
-    const std::size_t size = table.outside.size();
-    table.settled = table.settled && (size == 1 || table.outside[size - 2] < offset);
     return result::ok;
 }
 
@@ -109,12 +115,12 @@ void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::
     table.inserted = 0;
     table.inside = &inside;
     table.outside.release();
-    table.settled = true;
+    table.settled = 0;
 }
 
 void offset_table_free(offset_table& table) {
     table.outside.release();
-    table.settled = true;
+    table.settled = 0;
 }
 
 result add_or_retype(offset_table& table, std::int32_t offset, code_type type) {
@@ -186,4 +192,5 @@ void offset_table_truncate(offset_table& table, std::int32_t offset) {
     const array<std::int32_t>& outside = settled_outside(table);
     const auto* const end = std::lower_bound(outside.begin(), outside.end(), offset);
     table.outside.truncate(static_cast<std::size_t>(end - outside.begin()));
+    table.settled = table.outside.size();
 }

@@ -31,12 +31,12 @@ using marks = array<std::uint8_t>;
 
 // At most one entry for each offset, visited in ascending order of the signed offsets.
 struct offset_table {
-    mark_bits bits;
+    mark_bits bits = code_marks;
     std::int32_t script_size = 0;
-    std::int32_t inserted = 0;            // how many entries were ever added, those outside twice perhaps
+    std::int32_t inserted = 0;            // how many entries were ever added; some outside count twice
     marks* inside = nullptr;              // shared by the script's tables; empty before the first entry
-    mutable array<std::int32_t> outside;  // offsets outside the script; in order while settled
-    mutable bool settled = true;
+    mutable array<std::int32_t> outside;  // offsets outside the script
+    mutable std::size_t settled = 0;      // how many of them, the first, are in order and distinct
 };
 
 // Makes an empty table over a script of `script_size` bytes. The marks are `inside`, which all
@@ -47,8 +47,9 @@ void offset_table_free(offset_table& table);
 
 // Records that `type` starts at `offset`. An offset that is known keeps its type, with a WARNING
 // when the two differ, except that NONE gives way to any type and DATA to DATA_TEXT or
-// DATA_INT16. Outside the script every entry has the table's first type or, in the code table,
-// DATA. Fails, after its message, only when memory runs out.
+// DATA_INT16, which an INFORMATION line says. Outside the script a table keeps entries of one type
+// only, DATA in the code table; any other is dropped there. Fails, after its message, only when
+// memory runs out.
 inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type);
 
 // The type recorded at exactly this offset, if any.

@@ -13,7 +13,7 @@ struct clipped_text {
 
     [[nodiscard]] bool is_full() const { return end == limit; }
     void put(std::string_view text) { end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end))); }
-    void put(const code_name& name) {
+    void put_name(const code_name& name) {
         if (static_cast<std::size_t>(limit - end) < code_name::max_size) return put(std::string_view(name));
         end = name.copy_padded(end);
     }
@@ -68,7 +68,6 @@ bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
 inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
 struct renderer {
-    listing& print;
     const conv& script;
     array<pending_piece>& pieces;  // to be rendered later, the next one last
     clipped_text text;
@@ -141,7 +140,7 @@ void render_number(renderer& render, std::uint32_t number) {
 void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     const conv& script = render.script;
     if (code != OP_INT32 || !options.omit_int32) {
-        render.text.put(code_info[code].name);
+        render.text.put_name(code_info[code].name);
         render.text.put(' ');
     }
     switch (code_info[code].params[0].type) {
@@ -171,14 +170,14 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
 
 // "$var[5]" or "$str[5]", whose only operand is a byte.
 void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
-    render.text.put(code_info[code].name);
+    render.text.put_name(code_info[code].name);
     render.text.put('[');
     render_number(render, item_code(render, item + 1));
     render.text.put(']');
 }
 
 [[nodiscard]] bool render_call(renderer& render, std::uint32_t item, std::uint8_t code) {
-    render.text.put(code_info[code].name);
+    render.text.put_name(code_info[code].name);
     render.text.put('(');
     if (!put_off(render, piece_kind::close)) return false;
     std::uint32_t operand_item = item + 1;  // of the last operand
@@ -226,7 +225,7 @@ void render_piece(renderer& render, const pending_piece& piece) {
         case piece_kind::close: return render.text.put(')');
         case piece_kind::infix:
             render.text.put(' ');
-            render.text.put(code_info[piece.code].name);
+            render.text.put_name(code_info[piece.code].name);
             return render.text.put(' ');
     }
 }
@@ -237,7 +236,7 @@ void render_piece(renderer& render, const pending_piece& piece) {
 // the one around it has begun or later.
 result sprint_eval(listing& print, std::uint32_t root) {
     char* const room = print.out.room(max_expression);
-    renderer render = {print, print.script, print.pieces, {room, room + max_expression}, root, 0};
+    renderer render = {print.script, print.pieces, {room, room + max_expression}, root, 0};
     render.pieces.truncate(0);
     while (!render.text.is_full()) {
         if (render.item != no_item) {

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <functional>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "base/diagnostics.h"
@@ -30,6 +31,7 @@ struct walk {
     conv& script;
     std::int32_t cursor;
     block_kind kind;
+    bool is_cut = false;  // an operand was cut off by the script's end
 };
 
 result walk_block(walk& block);
@@ -42,7 +44,7 @@ std::int32_t bytes_left(const walk& block) { return block.script.data_size - blo
 
 result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
     if (outer.shared.depth == max_nesting) return ERROR("nesting too deep: offset=%08X", opener);
-    walk inner = {outer.shared, outer.script, outer.cursor, kind};
+    walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
     ++outer.shared.depth;
     const result outcome = walk_block(inner);
     --outer.shared.depth;
@@ -55,13 +57,13 @@ result add_jump_target(walk& block, std::int32_t operand) {
     conv& script = block.script;
     array<std::int32_t>& open = block.shared.open_targets;
     const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
-    const bool is_known = conv_has(script, target) && (offset_table_find(script.code_offset_table, target) ||
-                                                       offset_table_find(script.jump_offset_table, target));
-    if (target >= 0 && !is_known) {
-        if (!open.push_back(target)) return ERROR("memory exhausted! (size=%zu)", open.growth_bytes());
-        std::push_heap(open.begin(), open.end(), std::greater());
-    }
-    return add_jump_offset(script, target);
+    const std::int32_t inserted = script.jump_offset_table.inserted;
+    if (failed(add_jump_offset(script, target))) return result::failed;
+    const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
+    if (target < 0 || is_walked || inserted == script.jump_offset_table.inserted) return result::ok;
+    if (!open.push_back(target)) return ERROR("memory exhausted! (size=%zu)", open.growth_bytes());
+    std::push_heap(open.begin(), open.end(), std::greater());
+    return result::ok;
 }
 
 // The lowest jump target that was not walked yet. Targets below 0 are left to the jump check.
@@ -97,7 +99,7 @@ result walk_text_run(walk& block) {
     return walk_text(block);
 }
 
-// The branch of an if or else whose opcode is at the cursor's predecessor `opener`.
+// The branch of the if or else whose opcode is at `opener`; the cursor is at its first byte.
 result walk_branch(walk& block, std::int32_t opener, opcode code) {
     if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", opener, code);
     if (failed(walk_sub_block(block, opener, {code, 0}))) return result::failed;
@@ -171,7 +173,8 @@ result walk_jump_of_answer(walk& block) {
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
     if (failed(add_code_offset(block.script, block.cursor, INT32))) return result::failed;
-    if (bytes_left(block) >= 4 && failed(add_jump_target(block, block.cursor))) return result::failed;
+    block.is_cut = bytes_left(block) < 4;
+    if (!block.is_cut && failed(add_jump_target(block, block.cursor))) return result::failed;
     constexpr std::int32_t highest = std::numeric_limits<std::int32_t>::max();
     block.cursor = block.cursor <= highest - 4 ? block.cursor + 4 : highest;
     return result::ok;
@@ -219,6 +222,8 @@ result walk_keywords_chain(walk& block) {
         if (failed(walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent_code}))) return result::failed;
         if (failed(walk_exit_of_answer(block, chain_exit))) return result::failed;
         if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) return walk_end_of_chain(block, start, chain_exit);
+        const bool is_top_level = block.kind.parent_code == 0;
+        if (is_top_level && failed(continue_step(block.shared.memory, block.cursor))) return result::failed;
     }
 }
 
@@ -349,10 +354,9 @@ bool walk_past_data_block(walk& block) {
 result walk_top_level_step(walk& block, std::uint8_t code) {
     walker& shared = block.shared;
     if (follow_known_path(shared.memory, block.script, block.cursor)) return result::ok;
-    const std::int32_t start = block.cursor;
     const int sidents = shared.sidents;
-    if (failed(walk_step(block, code))) return result::failed;
-    return note_step(shared.memory, block.script, start, sidents != shared.sidents);
+    if (failed(begin_step(shared.memory, block.cursor)) || failed(walk_step(block, code))) return result::failed;
+    return note_step(shared.memory, block.script, sidents != shared.sidents);
 }
 
 // Walks to the byte that closes the block, a data block or the script's end.
@@ -372,7 +376,7 @@ result walk_block(walk& block) {
         }
         if (failed(parent_code == 0 ? walk_top_level_step(block, code) : walk_step(block, code))) return result::failed;
     }
-    if (block.cursor > block.script.data_size) {
+    if (block.is_cut || block.cursor > block.script.data_size) {
         return ERROR("buffer overrun: offset=%08X, data_size=%08X", block.cursor, block.script.data_size);
     }
     DEBUG("parse_conv_1(*, *, *, %02X, %02X) return", parent_code, grandparent_code);
@@ -383,6 +387,6 @@ result walk_block(walk& block) {
 
 result parse_conv_1(conv& script) {
     walker shared = {script, {}, {}};
-    walk top_level = {shared, script, 0, {}};
+    walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
     return walk_block(top_level);
 }

@@ -48,6 +48,8 @@ inst_index take_node(walk& block, code_type type, std::uint8_t code) {
     return node;
 }
 
+// The node has the entry's type, which may be DATA: a block start whose byte closes or continues the
+// block it stands in is read as that statement and treated as data from then on.
 inst_index take_node(walk& block) { return take_node(block, block.shared.entry.type, shown_code(block.shared.entry)); }
 
 void trace_node(const walker& shared, const char* what, inst_index index) {

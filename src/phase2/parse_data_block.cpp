@@ -28,8 +28,9 @@ result insert_node(block_parser& parser, std::int32_t offset, code_type type) {
     return result::ok;
 }
 
-// The first element takes the block's own node, which keeps its code; each further one gets a
-// node of its own.
+// The first element takes the block's own node, which keeps its code and loses the operand that a
+// block start has when it was read as a jump or keywords statement. Each further element gets a node
+// of its own.
 result add_element(block_parser& parser, code_type type, const operand& param) {
     if (parser.is_empty()) {
         parser.last = parser.block;

@@ -95,10 +95,11 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
     builder.open.truncate(0);
     for (;;) {
         const std::uint32_t item = next_item(builder);
-        if (failed(add_item(builder, entry))) return result::failed;
         std::int32_t operands = 0;
-        if (failed(count_operands(builder, start, entry, operands))) return fail_open_items(builder, start, entry);
-        if (operands > 0 && failed(push(builder.open, {item, entry, operands}))) return result::failed;
+        if (failed(add_item(builder, entry)) || failed(count_operands(builder, start, entry, operands)) ||
+            (operands > 0 && failed(push(builder.open, {item, entry, operands})))) {
+            return fail_open_items(builder, start, entry);
+        }
         --entry;
         switch (take_operands(builder, start, entry)) {
             case next_step::descend: break;

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Compares the option names that the tool takes with those of man page, README and completions.
+"""Compares the option names that the tool takes with those of documents and completions.
 
-    check_options.py TOOL names          compare the names
+    check_options.py TOOL names          compare those of man page and README
     check_options.py TOOL bash|zsh|fish  ask a real shell what it completes
 """
 import os, pathlib, pty, re, select, shutil, subprocess, sys, tempfile
@@ -37,23 +37,9 @@ def readme_options():
     return {name for row in re.findall(r"^\| (`.*?) \|", table, re.M) for name in re.findall(r"`(\S+)`", row)}
 
 
-def fish_options():
-    text = read("completions/varsul.fish")
-    return {"--" + n for n in re.findall(r" -l (\S+)", text)} | {"-" + n.strip("'") for n in re.findall(r"varsul -o (\S+)", text)}
-
-
-def bash_options():
-    return set(re.search(r"options='(.*?)'", read("completions/varsul.bash"), re.S)[1].split())
-
-
-def zsh_options():
-    text = re.sub(r"\{(\S+),(\S+)\}", r"\1[ \2[", read("completions/_varsul")).replace("\\", "")
-    return set(re.findall(r"(--?[?\w][\w-]*)\[", text))
-
-
 def compare(options):
     same = True
-    for where in man_options, readme_options, bash_options, zsh_options, fish_options:
+    for where in man_options, readme_options:
         names = where()
         if names != options:
             print(f"{where.__name__}: missing {sorted(options - names)}, too many {sorted(names - options)}")

@@ -18,36 +18,24 @@ source lines in messages are compared as any number. --update rewrites the block
 The block after a comment "forms" names the forms of a listing's lines; every line of the examples'
 listings must have one of them, and no line two.
 """
-import pathlib, re, shlex, subprocess, sys, tempfile
+import pathlib, re, shlex, sys
 
-EXAMPLES = pathlib.Path(__file__).resolve().parents[2] / "examples"
+TESTS = pathlib.Path(__file__).resolve().parents[1]
+EXAMPLES = TESTS.parent / "examples"
+sys.path.append(str(TESTS))
+from golden_test import run_tool, script_bytes
 SCRIPT = re.compile(r"<!-- script (\S+)\n(.*?)-->", re.S)
 SAMPLE = re.compile(r"(<!-- sample (\S+) (\w+)(?: (\d+)-(\d+))?: ?(.*?) ?-->\n```\w*\n)(.*?)(^```$)", re.S | re.M)
 FORMS = re.compile(r"<!-- forms -->\n```\w*\n(.*?)^```$", re.S | re.M)
 DUMP = re.compile(r"; ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: .*")
 
 
-def compile_script(source):
-    data = b""
-    for comment, text, word in re.findall(r'(#.*)|"((?:\\.|[^"\\])*)"|(\S+)', source):
-        if word:
-            data += int(word[1:], 16).to_bytes(4, "little") if word[0] == "@" else bytes.fromhex(word)
-        elif not comment:
-            data += re.sub(r"\\(.)", lambda m: {"n": "\n", "t": "\t"}.get(m[1], m[1]), text).encode("cp932")
-    return data
-
-
 def run(tool, script, kind, arguments):
-    with tempfile.TemporaryDirectory() as folder:
-        path = pathlib.Path(folder, "script")
-        path.write_bytes(script)
-        table = pathlib.Path(folder, "table")
-        wanted = ["-t", table] if kind == "table" or "-T" in arguments else []
-        done = subprocess.run([tool, *arguments, *wanted, path], capture_output=True)
-        if kind != "messages" and done.returncode != 0:
-            sys.exit(f"status {done.returncode}: {done.stderr.decode()}")
-        return {"table": table.read_bytes if kind == "table" else None, "messages": lambda: done.stderr}.get(
-            kind, lambda: done.stdout)().decode("cp932")
+    with_table = ["-t", "text"] if kind == "table" or "-T" in arguments else []
+    status, files = run_tool(tool, [*arguments, *with_table, "script"], script)
+    if kind != "messages" and status != 0:
+        sys.exit(f"status {status}: {files['messages'].decode()}")
+    return files[{"table": "text", "messages": "messages"}.get(kind, "")].decode("cp932")
 
 
 def beside(listing):
@@ -98,7 +86,7 @@ def main(arguments):
     for name in documents:
         document = pathlib.Path(name)
         text = document.read_text(encoding="utf-8")
-        scripts = {match[1]: compile_script(match[2]) for match in SCRIPT.finditer(text)}
+        scripts = {match[1]: script_bytes(match[2]) for match in SCRIPT.finditer(text)}
 
         def check(match):
             nonlocal failures, count

@@ -12,15 +12,11 @@ void set_script(conv& script, const std::string& bytes) {
     conv_set_buffer(script, std::move(buffer));
 }
 
-std::string starred(const std::string& messages) {
-    static const std::regex number(R"(((?:^|\n)(?:ERROR|WARNING|INFORMATION|DEBUG)\()\d+(\): ))");
-    return std::regex_replace(messages, number, "$1*$2");
-}
-
 std::string messages_of(const std::function<void()>& act) {
     array<char> collected;
     diagnostics.open(collected);
     act();
     diagnostics.flush();
-    return starred({collected.begin(), collected.end()});
+    static const std::regex number(R"(((?:^|\n)(?:ERROR|WARNING|INFORMATION|DEBUG)\()\d+(\): ))");
+    return std::regex_replace(std::string(collected.begin(), collected.end()), number, "$1*$2");
 }

@@ -1,4 +1,4 @@
-// What tests of the passes and of their messages share.
+// What unit tests of the passes share.
 #pragma once
 
 #include <functional>
@@ -9,8 +9,6 @@
 // Loads a script's bytes.
 void set_script(conv& script, const std::string& bytes);
 
-// Replaces the source line that a message is stamped with by "*": "ERROR(*): ...".
-std::string starred(const std::string& messages);
-
-// The messages that are written while `act` runs, starred.
+// The messages that are written while `act` runs. The source line that one is stamped with is
+// replaced by "*": "ERROR(*): ...".
 std::string messages_of(const std::function<void()>& act);

@@ -12,20 +12,16 @@ namespace {
 using reference = std::map<std::int32_t, code_type>;
 
 std::optional<std::int32_t> key(const reference& entries, reference::const_iterator entry) {
-    if (entry == entries.end()) return std::nullopt;
-    return entry->first;
+    return entry == entries.end() ? std::nullopt : std::optional(entry->first);
 }
 
 void expect_same(const offset_table& table, const reference& entries, std::int32_t around) {
-    const auto above = entries.upper_bound(around);
     const auto at_or_above = entries.lower_bound(around);
     const auto exact = entries.find(around);
-    EXPECT_EQ(offset_table_find(table, around), exact == entries.end() ? std::nullopt : std::optional(exact->second))
-        << around;
-    EXPECT_EQ(offset_table_first_above(table, around), key(entries, above)) << around;
-    EXPECT_EQ(offset_table_last_below(table, around),
-              at_or_above == entries.begin() ? std::nullopt : key(entries, std::prev(at_or_above)))
-        << around;
+    const auto last_below = at_or_above == entries.begin() ? std::nullopt : key(entries, std::prev(at_or_above));
+    EXPECT_EQ(offset_table_find(table, around), exact == entries.end() ? std::nullopt : std::optional(exact->second));
+    EXPECT_EQ(offset_table_first_above(table, around), key(entries, entries.upper_bound(around))) << around;
+    EXPECT_EQ(offset_table_last_below(table, around), last_below) << around;
     EXPECT_EQ(offset_table_first(table), key(entries, entries.begin()));
     EXPECT_EQ(offset_table_count(table), static_cast<std::int32_t>(entries.size()));
 }
