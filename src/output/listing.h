@@ -1,6 +1,7 @@
 // What the printers of a listing share: the streams, and the forms of numbers and labels.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -22,6 +23,11 @@ struct listing {
     writer* text_file;                 // the text table, or null
     array<pending_piece> pieces = {};  // kept from one expression to the next for its memory
 };
+
+// The first `size` characters, or all where there are fewer.
+inline std::string_view first_part(std::string_view text, std::size_t size) {
+    return {text.data(), std::min(size, text.size())};
+}
 
 // The put_ functions write at `to` and return the end of what they wrote.
 inline char* put_text(char* to, std::string_view text) {

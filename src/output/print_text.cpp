@@ -46,7 +46,7 @@ void escape_text(writer& out, std::string_view text, bool& in_passage) {
         if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (const char letter = escape_letter(byte); letter != 0) {
-            out.put(text.substr(copied, position - copied));
+            out.put({text.data() + copied, position - copied});
             out.put('\\');
             out.put(letter);
             copied = position + 1;
@@ -60,7 +60,7 @@ void escape_text(writer& out, std::string_view text, bool& in_passage) {
         }
         ++position;
     }
-    out.put(text.substr(copied));
+    out.put({text.data() + copied, text.size() - copied});
 }
 
 void escape_text(writer& out, std::string_view text) {
@@ -100,7 +100,7 @@ std::string_view text_of(const conv& script, const operand& param) {
         conv_bytes(script, param.offset, static_cast<std::int32_t>(param.value));
     if (bytes.empty()) return "";
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    return text.substr(0, text.find('\0'));
+    return first_part(text, text.find('\0'));
 }
 
 result check_text(std::string_view text) {
@@ -136,7 +136,7 @@ result print_text(listing& print, const inst& node, int depth) {
     bool in_passage = false;
     while (!rest.empty()) {
         const std::size_t newline = rest.find('\n');  // never the trail byte of a character
-        const std::string_view line = rest.substr(0, newline == std::string_view::npos ? newline : newline + 1);
+        const std::string_view line = first_part(rest, newline == std::string_view::npos ? newline : newline + 1);
         print_indent(out, depth);
         out.put('"');
         escape_text(out, line, in_passage);

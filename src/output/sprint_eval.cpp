@@ -12,7 +12,7 @@ struct clipped_text {
     char* limit;
 
     [[nodiscard]] bool is_full() const { return end == limit; }
-    void put(std::string_view text) { end = put_text(end, text.substr(0, static_cast<std::size_t>(limit - end))); }
+    void put(std::string_view text) { end = put_text(end, first_part(text, static_cast<std::size_t>(limit - end))); }
     void put_name(const code_name& name) {
         if (static_cast<std::size_t>(limit - end) < code_name::max_size) return put(std::string_view(name));
         end = name.copy_padded(end);
