@@ -35,3 +35,10 @@ inline bool verbose(int level) { return options.verbose_level >= level; }
 
 // The driver's own messages carry no number.
 #define RUN_ERROR(...) (report("ERROR", __VA_ARGS__), failure())
+
+// Adds an item to an array. Fails, after its message, when memory runs out.
+template <class T>
+result push(array<T>& items, const T& item) {
+    if (items.push_back(item)) return result::ok;
+    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
+}

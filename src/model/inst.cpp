@@ -14,10 +14,7 @@ constexpr std::int32_t directory_step = 64;
 
 failure report_tree_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
 
-result inst_add_block_user(inst_tree& tree, inst_index node) {
-    if (tree.block_users.push_back(node)) return result::ok;
-    return report_tree_exhausted(tree.block_users.growth_bytes());
-}
+result inst_add_block_user(inst_tree& tree, inst_index node) { return push(tree.block_users, node); }
 
 result inst_build_directory(inst_tree& tree, std::int32_t script_size) {
     const auto size = static_cast<std::size_t>(script_size / directory_step) + 1;

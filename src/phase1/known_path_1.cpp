@@ -25,12 +25,6 @@ bool is_current(const known_path& path, const conv& script) {
     return path.data_blocks == script.data_offset_table.inserted;
 }
 
-template <class T>
-result push(array<T>& items, const T& item) {
-    if (items.push_back(item)) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
-}
-
 // Adds the starts of a silent step, all or the first `count`.
 result add_starts(known_path& path, const array<std::int32_t>& starts, std::size_t count) {
     if (!path.is_silent && failed(push(path.stretches, {}))) return result::failed;

@@ -61,7 +61,7 @@ result add_jump_target(walk& block, std::int32_t operand) {
     if (failed(add_jump_offset(script, target))) return result::failed;
     const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
     if (target < 0 || is_walked || inserted == script.jump_offset_table.inserted) return result::ok;
-    if (!open.push_back(target)) return ERROR("memory exhausted! (size=%zu)", open.growth_bytes());
+    if (failed(push(open, target))) return result::failed;
     std::push_heap(open.begin(), open.end(), std::greater());
     return result::ok;
 }

@@ -23,12 +23,6 @@ void close_extent(inst_tree& tree, std::uint32_t item) {
     tree.items[item].extent = static_cast<std::uint32_t>(tree.items.size()) - item;
 }
 
-template <class T>
-result push(array<T>& items, const T& item) {
-    if (items.push_back(item)) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
-}
-
 // How many operands the item at an entry takes.
 result count_operands(expr_builder& builder, std::int32_t start, std::int32_t entry, std::int32_t& count) {
     const auto& [offset, type, code] = entry_at(builder, entry);

@@ -35,8 +35,7 @@ result type_block(typer& typing, std::uint32_t block_offset, bool is_text) {
 }
 
 result visit_later(typer& typing, std::uint32_t item, bool text_context) {
-    if (typing.pending.push_back({item, text_context})) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", typing.pending.growth_bytes());
+    return push(typing.pending, {item, text_context});
 }
 
 // Whether operand `k` of an operator or function holds texts. `other` is the code of the other
