@@ -4,6 +4,10 @@
 
 namespace {
 
+struct param_info {
+    code_type type = NONE;
+    const char* name = nullptr;  // documents the operand; never printed
+};
 using operands = std::array<param_info, max_params>;
 
 struct opcode_info {
@@ -129,9 +133,10 @@ constexpr bool is_character(int byte) {
 }
 
 constexpr code_info_entry make_entry(const opcode_info& info) {
-    code_info_entry entry = {info.type, info.name, 0, info.params};
-    for (const param_info& param : info.params) {
-        if (param.type != NONE) ++entry.num_params;
+    code_info_entry entry = {info.name, info.type};
+    for (std::size_t k = 0; k < max_params; ++k) {
+        entry.params[k] = info.params[k].type;
+        if (entry.params[k] != NONE) ++entry.num_params;
     }
     return entry;
 }
@@ -164,7 +169,7 @@ constexpr bool rows_ascend() {
 
 constexpr bool literals_have_one_number() {
     return std::ranges::all_of(stored_table, [](const code_info_entry& entry) {
-        const code_type number = entry.params[0].type;
+        const code_type number = entry.params[0];
         return entry.type != LITERAL ||
                (entry.num_params == 1 && (number == BYTE || number == INT16 || number == INT32));
     });

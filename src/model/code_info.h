@@ -63,11 +63,6 @@ enum opcode : std::uint8_t {
 
 constexpr std::size_t max_params = 4;
 
-struct param_info {
-    code_type type = NONE;
-    const char* name = nullptr;  // documents the operand; never printed
-};
-
 // A name in a place of fixed size, so that printing it is one copy of that size.
 class code_name {
 public:
@@ -93,10 +88,10 @@ private:
 };
 
 struct code_info_entry {
-    code_type type = NONE;
     code_name name;
+    code_type type = NONE;
     std::int32_t num_params = 0;
-    std::array<param_info, max_params> params = {};
+    std::array<code_type, max_params> params = {};  // the kind of each operand
 };
 
 // The table of the selected game. Only select_game_mode writes it.

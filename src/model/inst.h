@@ -17,7 +17,7 @@ inline constexpr std::uint32_t no_params = 0xFFFFFFFF;
 // What `value` holds depends on `type`:
 //   BYTE, INT16, INT32, STR32   the number
 //   TEXT                        the offset just behind the text
-//   VALUE, VARIABLE             the index of the expression's root item
+//   VALUE, VARIABLE             the index of the expression's root item, its last
 //   ASSIGN                      0; the operand only marks the ":="
 struct operand {
     std::int32_t offset = 0;  // of the operand's first entry in the code offset table
@@ -35,12 +35,12 @@ struct inst {
     std::uint8_t num_params = 0;  // 0 for a text node, although it has its text as operand 0
 };
 
-// An expression is stored as its items in reverse: an operator or function first, then its
-// operands' trees, the last operand first. `extent` counts the items of the tree that an item
-// heads, itself included. The item's kind is its type in the code offset table.
+// An expression is stored as its items in script order: an operator or function behind its
+// operands' trees. `extent` counts the items of the tree that an item ends, itself included. The
+// item's kind is its type in the code offset table.
 //
-// The tree of a VALUE operand starts with its "eval" item, then the value's tree. An assignment
-// goes on, inside the extent of the "eval", with the ":=" item and the target's tree.
+// The tree of a VALUE operand ends with its "eval" item, behind the value's tree. An assignment
+// begins, inside the extent of the "eval", with the target's tree and the ":=" item.
 struct expr_item {
     std::int32_t offset = 0;
     std::uint32_t extent = 1;
@@ -66,7 +66,7 @@ inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type,
 inline result inst_add_param(inst_tree& tree, inst_index node, operand param);
 
 // Adds an expression item, the same failure.
-inline result inst_add_item(inst_tree& tree, std::int32_t offset);
+inline result inst_add_item(inst_tree& tree, expr_item item);
 
 // Notes that the node's operands may name data blocks; the same failure.
 result inst_add_block_user(inst_tree& tree, inst_index node);
@@ -86,13 +86,17 @@ inst_index inst_find(const inst_tree& tree, std::int32_t offset);
 // Releases all nodes, operands and items.
 void inst_free(inst_tree& tree);
 
-// The item of the value that an "eval" item ends.
-inline std::uint32_t expr_value(std::uint32_t eval) { return eval + 1; }
+// The root of the tree in front of the one that ends with this item: of an operator's operands,
+// which end in front of it, the one before.
+inline std::uint32_t expr_before(const inst_tree& tree, std::uint32_t item) { return item - tree.items[item].extent; }
+
+// The root of the value that an "eval" item ends.
+inline std::uint32_t expr_value(std::uint32_t eval) { return eval - 1; }
 
 // The ":=" item of the assignment that ends with this "eval" item, or 0 when there is none.
 inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t eval) {
-    const std::uint32_t behind_value = eval + 1 + tree.items[eval + 1].extent;
-    return behind_value == eval + tree.items[eval].extent ? 0 : behind_value;
+    const std::uint32_t before_value = expr_before(tree, expr_value(eval));
+    return before_value == expr_before(tree, eval) ? 0 : before_value;
 }
 
 // Reports that one of the tree's arrays could not grow to `size` bytes.
@@ -118,9 +122,6 @@ inline result inst_add_param(inst_tree& tree, inst_index node, operand param) {
     return result::ok;
 }
 
-inline result inst_add_item(inst_tree& tree, std::int32_t offset) {
-    expr_item* const item = tree.items.push();
-    if (item == nullptr) return report_tree_exhausted(tree.items.growth_bytes());
-    *item = {.offset = offset};
-    return result::ok;
+inline result inst_add_item(inst_tree& tree, expr_item item) {
+    return tree.items.push_back(item) ? result::ok : report_tree_exhausted(tree.items.growth_bytes());
 }

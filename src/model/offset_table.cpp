@@ -16,7 +16,7 @@ bool is_marked(const offset_table& table, std::int32_t offset) {
 std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return table.script_size;
     while (table.script_size - offset >= marks_per_word) {
-        const std::uint64_t word = entries_in_word(table, offset);
+        const std::uint64_t word = entries_in(mark_word(*table.inside, offset), table.bits);
         if (word != 0) return offset + std::countr_zero(word) / 8;
         offset += marks_per_word;
     }
@@ -28,7 +28,7 @@ std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
 std::int32_t previous_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return -1;
     while (offset >= marks_per_word) {
-        const std::uint64_t word = entries_in_word(table, offset - marks_per_word);
+        const std::uint64_t word = entries_in(mark_word(*table.inside, offset - marks_per_word), table.bits);
         if (word != 0) return offset - 1 - std::countl_zero(word) / 8;
         offset -= marks_per_word;
     }

@@ -10,6 +10,7 @@
 #include <cstring>
 #include <limits>
 #include <optional>
+#include <type_traits>
 
 #include "base/array.h"
 #include "base/result.h"
@@ -39,6 +40,21 @@ struct offset_table {
     mutable std::size_t settled = 0;      // how many of them, the first, are in order and distinct
 };
 
+// A table whose bits are known when the program is compiled; the operations that stand in every
+// inner loop are shorter on it.
+template <mark_bits known>
+struct fixed_offset_table : offset_table {};
+
+// What an operation takes: either of the two.
+template <class table>
+concept any_offset_table = std::is_base_of_v<offset_table, table>;
+
+inline mark_bits bits_of(const offset_table& table) { return table.bits; }
+template <mark_bits known>
+constexpr mark_bits bits_of(const fixed_offset_table<known>&) {
+    return known;
+}
+
 // Makes an empty table over a script of `script_size` bytes. The marks are `inside`, which all
 // tables of the script share and which the first entry inside the script allocates.
 void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::int32_t script_size);
@@ -50,15 +66,15 @@ void offset_table_free(offset_table& table);
 // DATA_INT16, which an INFORMATION line says. Outside the script a table keeps entries of one type
 // only, DATA in the code table; any other is dropped there. Fails, after its message, only when
 // memory runs out.
-inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type);
+result offset_table_add(any_offset_table auto& table, std::int32_t offset, code_type type);
 
 // The type recorded at exactly this offset, if any.
-inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset);
+std::optional<code_type> offset_table_find(const any_offset_table auto& table, std::int32_t offset);
 
 // The offsets of the table's lowest entry and of the nearest entries below and above an offset.
 std::optional<std::int32_t> offset_table_first(const offset_table& table);
 std::optional<std::int32_t> offset_table_last_below(const offset_table& table, std::int32_t offset);
-inline std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset);
+std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto& table, std::int32_t offset);
 
 std::int32_t offset_table_count(const offset_table& table);
 
@@ -67,13 +83,32 @@ void offset_table_truncate(offset_table& table, std::int32_t offset);
 
 // What follows is the part of the operations above that nearly every call comes down to.
 
-// The bytes of a mark word, eight marks read little end first, that hold an entry of the table.
+// Among marks of the given bits, those of an entry are not 0.
+constexpr std::uint64_t entries_in(std::uint64_t word, mark_bits bits) {
+    return word & (0x0101010101010101U * bits.mask);
+}
+// The type in a mark that holds an entry.
+constexpr code_type type_in(std::uint64_t mark, mark_bits bits) {
+    return static_cast<code_type>(bits.first_type + ((mark & bits.mask) >> bits.shift) - 1);
+}
+// The bits of an entry's type in its mark.
+constexpr std::uint8_t mark_of(code_type type, mark_bits bits) {
+    return static_cast<std::uint8_t>((type - bits.first_type + 1) << bits.shift);
+}
+
+// Eight marks, the first in the lowest byte.
 inline constexpr std::int32_t marks_per_word = 8;
-inline std::uint64_t entries_in_word(const offset_table& table, std::int32_t offset) {
+inline std::uint64_t mark_word(const marks& inside, std::int32_t offset) {
     std::uint64_t word = 0;
-    std::memcpy(&word, table.inside->data() + offset, marks_per_word);
+    std::memcpy(&word, inside.data() + offset, marks_per_word);
     if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-    return word & (0x0101010101010101U * table.bits.mask);
+    return word;
+}
+// The entries among the eight marks behind an offset inside the script, 0 also near its end.
+std::uint64_t next_entries(const any_offset_table auto& table, std::int32_t offset) {
+    const auto position = static_cast<std::uint32_t>(offset);
+    if (position + std::size_t{marks_per_word} >= table.inside->size()) return 0;
+    return entries_in(mark_word(*table.inside, offset + 1), bits_of(table));
 }
 
 result add_or_retype(offset_table& table, std::int32_t offset, code_type type);
@@ -81,34 +116,31 @@ std::optional<code_type> find_outside(const offset_table& table, std::int32_t of
 // INT64_MAX when there is none.
 std::int64_t find_first_above(const offset_table& table, std::int32_t offset);
 
-inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
+std::optional<code_type> offset_table_find(const any_offset_table auto& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
     if (position >= table.inside->size()) [[unlikely]]
         return find_outside(table, offset);
-    const unsigned stored = static_cast<unsigned>((*table.inside)[position] & table.bits.mask) >> table.bits.shift;
-    if (stored == 0) return std::nullopt;
-    return static_cast<code_type>(table.bits.first_type + stored - 1);
+    const std::uint8_t mark = (*table.inside)[position];
+    if ((mark & bits_of(table).mask) == 0) return std::nullopt;
+    return type_in(mark, bits_of(table));
 }
 
-inline std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset) {
-    // The nearest entry is most often among the next eight bytes.
-    if (offset >= 0 && static_cast<std::size_t>(offset) + marks_per_word < table.inside->size()) {
-        const std::uint64_t word = entries_in_word(table, offset + 1);
-        if (word != 0) return offset + 1 + std::countr_zero(word) / 8;
+std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto& table, std::int32_t offset) {
+    if (const std::uint64_t word = next_entries(table, offset); word != 0) {
+        return offset + 1 + std::countr_zero(word) / 8;
     }
     const std::int64_t above = find_first_above(table, offset);
     if (above == std::numeric_limits<std::int64_t>::max()) return std::nullopt;
     return static_cast<std::int32_t>(above);
 }
 
-inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
+result offset_table_add(any_offset_table auto& table, std::int32_t offset, code_type type) {
     const auto position = static_cast<std::uint32_t>(offset);
     if (position >= table.inside->size()) [[unlikely]]
         return add_or_retype(table, offset, type);
     std::uint8_t& mark = (*table.inside)[position];
-    if ((mark & table.bits.mask) != 0) return add_or_retype(table, offset, type);
+    if ((mark & bits_of(table).mask) != 0) return add_or_retype(table, offset, type);
     ++table.inserted;
-    const unsigned stored = static_cast<unsigned>(type) - table.bits.first_type + 1;
-    mark = static_cast<std::uint8_t>(mark | stored << table.bits.shift);
+    mark |= mark_of(type, bits_of(table));
     return result::ok;
 }

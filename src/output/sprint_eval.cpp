@@ -85,18 +85,14 @@ code_type item_type(const renderer& render, std::uint32_t item) {
     return offset_table_find(render.script.code_offset_table, item_offset(render, item)).value_or(NONE);
 }
 
-std::uint32_t behind_tree(const renderer& render, std::uint32_t item) {
-    return item + render.script.tree.items[item].extent;
-}
-
-// The item of the last operand stands right behind its operator, the first one's tree last.
+// The root of the last operand stands right before its operator.
 struct two_operands {
     std::uint32_t left;
     std::uint32_t right;
 };
 two_operands operands_of(const renderer& render, std::uint32_t item) {
-    const std::uint32_t right = item + 1;
-    return {behind_tree(render, right), right};
+    const std::uint32_t right = item - 1;
+    return {expr_before(render.script.tree, right), right};
 }
 
 // Whether the rendering of an operand of `parent` begins with a parenthesis.
@@ -143,7 +139,7 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
         render.text.put_name(code_info[code].name);
         render.text.put(' ');
     }
-    switch (code_info[code].params[0].type) {
+    switch (code_info[code].params[0]) {
         case INT16:
             render.text.put("0x");
             return render.text.put_filled<4>([&](char* to) { return put_hex(to, conv_int16(script, offset + 1), 4); });
@@ -172,7 +168,7 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
 void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
     render.text.put_name(code_info[code].name);
     render.text.put('[');
-    render_number(render, item_code(render, item + 1));
+    render_number(render, item_code(render, item - 1));
     render.text.put(']');
 }
 
@@ -180,10 +176,10 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
     render.text.put_name(code_info[code].name);
     render.text.put('(');
     if (!put_off(render, piece_kind::close)) return false;
-    std::uint32_t operand_item = item + 1;  // of the last operand
+    std::uint32_t operand_item = item - 1;  // of the last operand
     for (std::int32_t k = code_info[code].num_params - 1; k > 0; --k) {
         if (!put_off(render, piece_kind::item, code, operand_item) || !put_off(render, piece_kind::comma)) return false;
-        operand_item = behind_tree(render, operand_item);
+        operand_item = expr_before(render.script.tree, operand_item);
     }
     if (code_info[code].num_params > 0) descend(render, operand_item, code);
     return true;
@@ -196,7 +192,7 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
         descend(render, expr_value(item), OP_EVAL);
         return true;
     }
-    descend(render, assign + 1, 0);
+    descend(render, assign - 1, 0);
     return put_off(render, piece_kind::item, OP_EVAL, expr_value(item)) &&
            (options.omit_eval || put_off(render, piece_kind::eval)) && put_off(render, piece_kind::infix, OP_ASSIGN);
 }

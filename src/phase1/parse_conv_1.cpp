@@ -252,7 +252,7 @@ result walk_number(walk& block, std::int32_t start, std::uint8_t code, const num
 // Operand `k` of the statement at `start`; the cursor is at the operand, inside the script.
 result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
     conv& script = block.script;
-    const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
+    const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
     const std::uint8_t first = byte_at_cursor(block);
     switch (type) {
         case TEXT:

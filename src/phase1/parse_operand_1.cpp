@@ -16,11 +16,11 @@ result scan_literal(conv& script, std::int32_t& cursor, std::uint8_t code) {
     const code_info_entry& info = code_info[code];
     if (info.num_params != 1) return ERROR("BUG: code_info[%02X].num_params=%d", code, info.num_params);
     std::int32_t size = 0;
-    switch (info.params[0].type) {
+    switch (info.params[0]) {
         case BYTE: size = 1; break;
         case INT16: size = 2; break;
         case INT32: size = 4; break;
-        default: return ERROR("BUG: code_info[%02X].params[0].type=%02X", code, info.params[0].type);
+        default: return ERROR("BUG: code_info[%02X].params[0].type=%02X", code, info.params[0]);
     }
     if (script.data_size - cursor <= size) return ERROR("end of buffer: offset=%08X code=%02X", cursor, code);
     if (size == 4 && failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {

@@ -18,7 +18,6 @@ entry_reader read_first_entry(const conv& script) {
     return entry;
 }
 
-void advance(entry_reader& entry) {
-    ++entry.index;
+void advance_far(entry_reader& entry) {
     stand_on(entry, offset_table_first_above(entry.script.code_offset_table, entry.offset));
 }

@@ -1,8 +1,8 @@
 // Phase 2: reads the code offset table from its first entry to its last.
 #pragma once
 
+#include <bit>
 #include <cstdint>
-#include <optional>
 
 #include "model/conv.h"
 
@@ -20,7 +20,21 @@ struct entry_reader {
 };
 
 entry_reader read_first_entry(const conv& script);
-void advance(entry_reader& entry);
+
+// Moves to an entry that is not among the next eight bytes, or behind the last one.
+void advance_far(entry_reader& entry);
+
+// Moves to the next entry or, from the last one, behind it.
+inline void advance(entry_reader& entry) {
+    const conv& script = entry.script;
+    ++entry.index;
+    const std::uint64_t word = next_entries(script.code_offset_table, entry.offset);
+    if (word == 0) return advance_far(entry);
+    const int distance = std::countr_zero(word) / 8;
+    entry.offset += distance + 1;
+    entry.type = type_in(word >> (8 * distance), code_marks);
+    entry.code = script.buffer[static_cast<std::size_t>(entry.offset)];
+}
 
 // The code as messages and nodes show it.
 inline std::uint8_t shown_code(const entry_reader& entry) {

@@ -200,7 +200,7 @@ result walk_exit_of_answer(walk& answer) {
     const std::int32_t target_offset = shared.entry.offset;
     const std::uint32_t target = conv_int32(shared.script, target_offset);
     advance(shared.entry);
-    return inst_add_param(shared.tree, exit, {target_offset, target, code_info[OP_JUMP].params[0].type});
+    return inst_add_param(shared.tree, exit, {target_offset, target, code_info[OP_JUMP].params[0]});
 }
 
 result walk_end_of_chain(walk& block, bool chain_exit) {
@@ -242,7 +242,7 @@ result walk_keywords_chain(walk& block) {
 
 // Operand `k` of the node, from the entry on.
 result walk_operand(walker& shared, inst_index node, std::uint8_t code, std::int32_t k) {
-    const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
+    const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
     const std::int32_t offset = shared.entry.offset;
     std::uint32_t value = 0;
     switch (type) {
@@ -327,7 +327,7 @@ result walk_expression(walk& block) {
         return ERROR("parse expression error: offset=%08X", start);
     }
     const std::uint32_t assign = expr_assign(shared.tree, root);
-    const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign + 1].offset;
+    const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign - 1].offset;
     const code_type type = assign == 0 ? OPERATOR : FUNCTION;
     const std::uint8_t code = assign == 0 ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
     const inst_index node = inst_new(shared.tree, offset, type, code);
@@ -378,7 +378,7 @@ result walk_block(walk& block) {
 }  // namespace
 
 result parse_conv_2(conv& script) {
-    walker shared = {script, script.tree, read_first_entry(script), {script, {}, {}}};
+    walker shared = {script, script.tree, read_first_entry(script), {script}};
     walk top_level = {shared, no_inst, {}};
     const result outcome = walk_block(top_level);
     script.tree.walked = static_cast<std::uint32_t>(script.tree.nodes.size());

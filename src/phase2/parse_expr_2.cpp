@@ -4,39 +4,95 @@
 
 namespace {
 
-const expr_entry& entry_at(const expr_builder& builder, std::int32_t entry) {
-    return builder.entries[static_cast<std::size_t>(entry)];
+expr_item* items_of(const expr_builder& builder) { return builder.script.tree.items.begin() + builder.first; }
+
+// How many entries the expression has.
+std::int32_t size_of(const expr_builder& builder) {
+    return static_cast<std::int32_t>(builder.script.tree.items.size() - builder.first);
 }
 
-std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) { return entry_at(builder, entry).offset; }
-
-// The index of the item that add_item adds next.
-std::uint32_t next_item(const expr_builder& builder) {
-    return static_cast<std::uint32_t>(builder.script.tree.items.size());
+// Begins an expression at the entry that the reader stands on.
+void begin_items(expr_builder& builder) {
+    builder.first = static_cast<std::uint32_t>(builder.script.tree.items.size());
+    builder.lowest = builder.first;
+    builder.is_plain = true;
 }
 
-result add_item(expr_builder& builder, std::int32_t entry) {
-    return inst_add_item(builder.script.tree, entry_offset(builder, entry));
+// The items of an operator's or function's tree when it follows `item`, 0 when its operands don't
+// stand in front of it as they should. Only what takes no operands has an extent of 1.
+std::uint32_t find_extent(const expr_builder& builder, std::uint32_t item, std::uint8_t code) {
+    const expr_item* const items = builder.script.tree.items.begin();
+    const code_info_entry& info = code_info[code];
+    std::uint32_t first = item;
+    for (std::int32_t k = info.num_params - 1; k >= 0; --k) {
+        if (first == builder.lowest) return 0;
+        const std::uint32_t extent = items[first - 1].extent;
+        if (extent != 1 && info.params[static_cast<std::size_t>(k)] != VALUE) return 0;
+        first -= extent;
+    }
+    return item + 1 - first;
 }
 
-void close_extent(inst_tree& tree, std::uint32_t item) {
-    tree.items[item].extent = static_cast<std::uint32_t>(tree.items.size()) - item;
+// Whether all items in front of a ":=" are the tree of one reference.
+bool follows_target(const expr_builder& builder, std::uint32_t assign) {
+    const array<expr_item>& items = builder.script.tree.items;
+    return builder.lowest == builder.first && assign != builder.first &&
+           items[assign - 1].extent == assign - builder.first && items[assign - 1].extent > 1 &&
+           is_reference(conv_byte(builder.script, items[assign - 1].offset));
 }
 
-// How many operands the item at an entry takes.
-result count_operands(expr_builder& builder, std::int32_t start, std::int32_t entry, std::int32_t& count) {
-    const auto& [offset, type, code] = entry_at(builder, entry);
-    count = 0;
-    switch (type) {
-        case LITERAL:
-            builder.names_block |= code == OP_INT32;
-            if (code_types[code] == LITERAL) return result::ok;
-            return ERROR("BUG: offset=%08X, code=%02X, type=STORE", offset, code);
+// Takes the entry that the reader stands on as the expression's next item.
+result take_item(expr_builder& builder, const entry_reader& entry) {
+    array<expr_item>& items = builder.script.tree.items;
+    const auto item = static_cast<std::uint32_t>(items.size());
+    std::uint32_t extent = 1;
+    switch (entry.type) {
+        case LITERAL: builder.names_block |= entry.code == OP_INT32; break;
+        case BYTE: break;
         case OPERATOR:
-        case FUNCTION: count = code_info[code].num_params; return result::ok;
-        case BYTE: return result::ok;
+        case FUNCTION: extent = find_extent(builder, item, shown_code(entry)); break;
+        case ASSIGN:
+            builder.is_plain &= follows_target(builder, item);
+            builder.lowest = item + 1;
+            break;
+        default: extent = 0; break;
+    }
+    builder.is_plain &= extent != 0;
+    return inst_add_item(builder.script.tree, {entry.offset, extent});
+}
+
+// An expression that is not plain is read once more, backwards and with all that can be wrong with
+// it. Its entries are counted from 0.
+
+struct expr_entry {
+    std::int32_t offset;
+    code_type type;
+    std::uint8_t code;
+};
+
+std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) { return items_of(builder)[entry].offset; }
+
+expr_entry entry_at(const expr_builder& builder, std::int32_t entry) {
+    const std::int32_t offset = entry_offset(builder, entry);
+    return {offset, *offset_table_find(builder.script.code_offset_table, offset), conv_byte(builder.script, offset)};
+}
+
+constexpr std::int32_t illegal = -1;
+
+// How many operands the item of an entry takes, or `illegal` after an ERROR line.
+std::int32_t count_operands(const expr_builder& builder, std::int32_t start, const expr_entry& entry) {
+    switch (entry.type) {
+        case LITERAL:
+            if (code_types[entry.code] == LITERAL) return 0;
+            (void)ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry.offset, entry.code);
+            return illegal;
+        case OPERATOR:
+        case FUNCTION: return code_info[entry.code].num_params;
+        case BYTE: return 0;
         default:
-            return ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start), offset, code);
+            (void)ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start), entry.offset,
+                        entry.code);
+            return illegal;
     }
 }
 
@@ -56,10 +112,11 @@ enum class next_step : std::uint8_t { descend, done, fail };
 // Closes the open items that have all their operands and takes byte operands of the innermost
 // other one, until an operand with a tree of its own comes next or the whole tree is done.
 next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t& entry) {
+    expr_item* const items = items_of(builder);
     while (!builder.open.empty()) {
         open_expr& top = builder.open.back();
         if (top.missing == 0) {
-            close_extent(builder.script.tree, top.item);
+            items[top.entry].extent = static_cast<std::uint32_t>(top.entry - entry);
             builder.open.pop_back();
             continue;
         }
@@ -70,28 +127,25 @@ next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t&
             return next_step::fail;
         }
         const std::int32_t k = --top.missing;
-        const code_type type = code_info[code].params[static_cast<std::size_t>(k)].type;
+        const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
         if (type == VALUE) return next_step::descend;
         if (type != BYTE) {
             (void)ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
             return next_step::fail;
         }
-        if (failed(add_item(builder, entry))) return next_step::fail;
         --entry;
     }
     return next_step::done;
 }
 
-// Builds the tree whose root is the entry `end`, reading entries backwards, down to `start` at
+// Finds the tree whose root is the entry `end`, reading entries backwards, down to `start` at
 // the lowest. `rest` receives the entry just below the lowest one that the tree took.
 result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end, std::int32_t& rest) {
     std::int32_t entry = end;
     builder.open.truncate(0);
     for (;;) {
-        const std::uint32_t item = next_item(builder);
-        std::int32_t operands = 0;
-        if (failed(add_item(builder, entry)) || failed(count_operands(builder, start, entry, operands)) ||
-            (operands > 0 && failed(push(builder.open, {item, entry, operands})))) {
+        const std::int32_t operands = count_operands(builder, start, entry_at(builder, entry));
+        if (operands == illegal || (operands > 0 && failed(push(builder.open, {entry, operands})))) {
             return fail_open_items(builder, start, entry);
         }
         --entry;
@@ -107,17 +161,71 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
     }
 }
 
-result push_entry(expr_builder& builder, const entry_reader& entry) {
-    return push(builder.entries, {entry.offset, entry.type, shown_code(entry)});
+// The ":=" at `assign` and the target before it; a value was built from the entries behind it.
+result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval, std::int32_t& rest) {
+    const std::int32_t target = assign - 1;
+    if (failed(parse_expr_2(builder, 0, target, rest))) {
+        return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0),
+                     entry_offset(builder, eval), entry_offset(builder, target));
+    }
+    return result::ok;
+}
+
+bool is_assignment(const expr_builder& builder, std::int32_t assign) {
+    if (assign < 1) return false;
+    const expr_entry entry = entry_at(builder, assign);
+    if (entry.type != ASSIGN || entry.code != OP_ASSIGN) return false;
+    const expr_entry target = entry_at(builder, assign - 1);
+    return target.type == FUNCTION && is_reference(target.code);
+}
+
+void forget_extents(const expr_builder& builder) {
+    for (std::int32_t entry = 0; entry < size_of(builder); ++entry) items_of(builder)[entry].extent = 1;
+}
+
+result reparse_eval(expr_builder& builder) {
+    const std::int32_t eval = size_of(builder) - 1;
+    const std::int32_t first_offset = entry_offset(builder, 0);
+    const std::int32_t eval_offset = entry_offset(builder, eval);
+    if (eval == 0) return ERROR("eval without expression: offset=%08X-%08X", first_offset, eval_offset);
+
+    forget_extents(builder);
+    std::int32_t rest = 0;
+    if (failed(parse_expr_2(builder, 0, eval - 1, rest))) {
+        return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
+                     entry_offset(builder, eval - 1));
+    }
+    if (is_assignment(builder, rest) && failed(parse_assignment(builder, rest, eval, rest))) return result::failed;
+    if (rest >= 0) {
+        return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
+                     eval_offset);
+    }
+    return result::ok;
+}
+
+result reparse_var(expr_builder& builder) {
+    const std::int32_t last = size_of(builder) - 1;
+    const std::int32_t first_offset = entry_offset(builder, 0);
+    const std::int32_t last_offset = entry_offset(builder, last);
+    forget_extents(builder);
+    std::int32_t rest = 0;
+    if (failed(parse_expr_2(builder, 0, last, rest))) {
+        return ERROR("parse variable/data error: offset=%08X-%08X", first_offset, last_offset);
+    }
+    if (rest >= 0) {
+        return ERROR("parse variable/data error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
+                     last_offset);
+    }
+    return result::ok;
 }
 
 // Collects the entries up to the "eval" and moves behind it.
 result collect_expression(expr_builder& builder, entry_reader& entry) {
     const std::int32_t first = entry.offset;
-    builder.entries.truncate(0);
+    begin_items(builder);
     while (!entry.at_end) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
-        if (failed(push_entry(builder, entry))) return result::failed;
+        if (failed(take_item(builder, entry))) return result::failed;
         const bool is_eval = entry.type == OPERATOR && entry.code == OP_EVAL;
         advance(entry);
         if (is_eval) return result::ok;
@@ -129,10 +237,10 @@ result collect_expression(expr_builder& builder, entry_reader& entry) {
 result collect_reference(expr_builder& builder, entry_reader& entry) {
     const std::int32_t first = entry.offset;
     std::int32_t depth = 0;  // values on the evaluation stack
-    builder.entries.truncate(0);
+    begin_items(builder);
     for (; !entry.at_end; advance(entry)) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
-        if (failed(push_entry(builder, entry))) return result::failed;
+        if (failed(take_item(builder, entry))) return result::failed;
         if (entry.type == OPERATOR || entry.type == FUNCTION) {
             depth -= code_info[shown_code(entry)].num_params;
             if (depth < 0) {
@@ -149,25 +257,9 @@ result collect_reference(expr_builder& builder, entry_reader& entry) {
     return ERROR("variable/data not found: offset=%08X", first);
 }
 
-// The ":=" at `assign` and the target before it; a value was built from the entries behind it.
-result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval, std::int32_t& rest) {
-    const std::uint32_t item = next_item(builder);
-    if (failed(add_item(builder, assign))) return result::failed;
-    const std::int32_t target = assign - 1;
-    if (failed(parse_expr_2(builder, 0, target, rest))) {
-        return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0),
-                     entry_offset(builder, eval), entry_offset(builder, target));
-    }
-    close_extent(builder.script.tree, item);
-    return result::ok;
-}
-
-bool is_assignment(const expr_builder& builder, std::int32_t assign) {
-    if (assign < 1 || entry_at(builder, assign).type != ASSIGN || entry_at(builder, assign).code != OP_ASSIGN) {
-        return false;
-    }
-    const expr_entry& target = entry_at(builder, assign - 1);
-    return target.type == FUNCTION && is_reference(target.code);
+// Whether the items are one tree or an assignment.
+bool is_whole(const expr_builder& builder, std::uint32_t root) {
+    return builder.is_plain && expr_before(builder.script.tree, root) + 1 == builder.lowest;
 }
 
 }  // namespace
@@ -176,24 +268,10 @@ result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& r
     TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
           entry.type);
     if (failed(collect_expression(builder, entry))) return result::failed;
-    const auto eval = static_cast<std::int32_t>(builder.entries.size() - 1);
-    const std::int32_t first_offset = entry_offset(builder, 0);
-    const std::int32_t eval_offset = entry_offset(builder, eval);
-    root = next_item(builder);
-    if (failed(add_item(builder, eval))) return result::failed;
-    if (eval == 0) return ERROR("eval without expression: offset=%08X-%08X", first_offset, eval_offset);
-
-    std::int32_t rest = 0;
-    if (failed(parse_expr_2(builder, 0, eval - 1, rest))) {
-        return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
-                     entry_offset(builder, eval - 1));
-    }
-    if (is_assignment(builder, rest) && failed(parse_assignment(builder, rest, eval, rest))) return result::failed;
-    if (rest >= 0) {
-        return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
-                     eval_offset);
-    }
-    close_extent(builder.script.tree, root);
+    array<expr_item>& items = builder.script.tree.items;
+    root = static_cast<std::uint32_t>(items.size() - 1);
+    if (!is_whole(builder, root) && failed(reparse_eval(builder))) return result::failed;
+    items[root].extent = root + 1 - builder.first;
     return result::ok;
 }
 
@@ -201,17 +279,6 @@ result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& ro
     TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
           entry.type);
     if (failed(collect_reference(builder, entry))) return result::failed;
-    const auto last = static_cast<std::int32_t>(builder.entries.size() - 1);
-    const std::int32_t first_offset = entry_offset(builder, 0);
-    const std::int32_t last_offset = entry_offset(builder, last);
-    root = next_item(builder);
-    std::int32_t rest = 0;
-    if (failed(parse_expr_2(builder, 0, last, rest))) {
-        return ERROR("parse variable/data error: offset=%08X-%08X", first_offset, last_offset);
-    }
-    if (rest >= 0) {
-        return ERROR("parse variable/data error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
-                     last_offset);
-    }
-    return result::ok;
+    root = static_cast<std::uint32_t>(builder.script.tree.items.size() - 1);
+    return is_whole(builder, root) ? result::ok : reparse_var(builder);
 }

@@ -5,26 +5,20 @@
 
 #include "phase2/entry_reader.h"
 
-// One item of an expression, as the code offset table has it.
-struct expr_entry {
-    std::int32_t offset;
-    code_type type;
-    std::uint8_t code;
-};
-
-// An operator or function that still waits for operands.
+// An operator or function that still waits for operands, the first ones.
 struct open_expr {
-    std::uint32_t item;    // in the tree
     std::int32_t entry;    // among the expression's entries
-    std::int32_t missing;  // operands not taken yet, the first ones
+    std::int32_t missing;
 };
 
 // What the builders work with; kept from one expression to the next for its memory.
 struct expr_builder {
     conv& script;
-    array<expr_entry> entries;  // the expression's, in script order
-    array<open_expr> open;
-    bool names_block = false;  // set when an expression has an "int32" literal
+    array<open_expr> open = {};
+    std::uint32_t first = 0;      // the expression's first item
+    std::uint32_t lowest = 0;     // the lowest item that an operand may have, behind a ":="
+    bool is_plain = true;         // every item's tree was found when the item was taken
+    bool names_block = false;     // set when an expression has an "int32" literal
 };
 
 // Both build the tree of the expression whose first entry is `entry`, move `entry` behind its

@@ -54,16 +54,16 @@ bool is_text_operand(std::uint8_t code, std::int32_t k, bool text_context, std::
 // Plans the visit of an operator's or function's operands, so that the first comes first.
 result visit_operands(typer& typing, std::uint32_t item, std::uint8_t code, bool text_context) {
     const code_info_entry& info = code_info[code];
-    std::uint32_t operand_item = item + 1;  // the last operand comes first in the tree
-    const std::uint32_t before_last = operand_item + typing.tree.items[operand_item].extent;
+    std::uint32_t operand_item = item - 1;  // of the last operand
+    const std::uint32_t before_last = expr_before(typing.tree, operand_item);
     for (std::int32_t k = info.num_params - 1; k >= 0; --k) {
         const bool has_other = info.num_params == 2;
-        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : item + 1) : std::uint8_t{0};
-        if (info.params[static_cast<std::size_t>(k)].type == VALUE &&
+        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : item - 1) : std::uint8_t{0};
+        if (info.params[static_cast<std::size_t>(k)] == VALUE &&
             failed(visit_later(typing, operand_item, is_text_operand(code, k, text_context, other)))) {
             return result::failed;
         }
-        operand_item += typing.tree.items[operand_item].extent;
+        operand_item = expr_before(typing.tree, operand_item);
     }
     return result::ok;
 }
@@ -79,7 +79,7 @@ result visit_item(typer& typing, std::uint32_t item, bool text_context) {
         case FUNCTION: {
             const std::uint32_t assign = code == OP_EVAL ? expr_assign(typing.tree, item) : 0;
             // Of an assignment only the target is visited.
-            if (assign != 0) return visit_later(typing, assign + 1, text_context);
+            if (assign != 0) return visit_later(typing, assign - 1, text_context);
             if (code_info[code].num_params == 0) return result::ok;
             return visit_operands(typing, item, code, text_context);
         }
