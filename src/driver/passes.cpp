@@ -41,9 +41,6 @@ result analyse(conv& script) {
 }
 
 result print_script(conv& script, const named_writer& listing_file, const named_writer& text_file) {
-    if (!script.dump_count.assign_zero(static_cast<std::size_t>(script.data_size))) {
-        return RUN_ERROR("memory exhausted! (size=%d)", script.data_size);
-    }
     if (script.npc_id == no_npc_id) report("WARNING", "no npc id");
     if (verbose(1)) {
         report_offsets("jump", script.jump_offset_table);

@@ -10,6 +10,12 @@
 
 inline constexpr std::uint32_t no_npc_id = 0xFFFF;
 
+// From `offset` on the bytes were dumped `change` times more often than those before it.
+struct dump_change {
+    std::int32_t offset;
+    std::int32_t change;
+};
+
 // Owns all that hangs on it. The offset tables refer to `position_marks`, so it stays in place.
 struct conv {
     conv() = default;
@@ -25,7 +31,7 @@ struct conv {
     array<std::uint8_t> buffer;  // the whole script file
     std::int32_t data_size = 0;  // its size in bytes
     bool dump = false;
-    array<std::uint8_t> dump_count;  // for each script byte, how often it was dumped, modulo 256
+    array<dump_change> dump_count;  // how often each byte was dumped
 };
 
 // Makes the record of a script that is not loaded yet. Called once for each run.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <string_view>
@@ -11,9 +12,10 @@
 #include "model/conv.h"
 
 // A part of an expression that is rendered later.
+enum class piece_kind : std::uint8_t;
 struct pending_piece {
     std::uint32_t item;
-    std::uint8_t kind;
+    piece_kind kind;
     std::uint8_t code;
 };
 
@@ -29,17 +31,38 @@ inline std::string_view first_part(std::string_view text, std::size_t size) {
     return {text.data(), std::min(size, text.size())};
 }
 
+// "00" to "FF".
+constexpr auto make_hex_pairs() {
+    std::array<std::array<char, 2>, 256> pairs{};
+    for (std::size_t byte = 0; byte < 256; ++byte) {
+        pairs[byte] = {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+    }
+    return pairs;
+}
+inline constexpr auto hex_pairs = make_hex_pairs();
+
 // The put_ functions write at `to` and return the end of what they wrote.
 inline char* put_text(char* to, std::string_view text) {
     std::memcpy(to, text.data(), text.size());
     return to + text.size();
 }
-// An even number of digits.
-char* put_hex(char* to, std::uint32_t number, int digits);
+// The lowest digits of a number, an even count of them.
+template <int digits>
+char* put_hex(char* to, std::uint32_t number) {
+    for (int shift = 4 * (digits - 2); shift >= 0; shift -= 8, to += 2) {
+        std::memcpy(to, hex_pairs[number >> shift & 0xFF].data(), 2);
+    }
+    return to;
+}
 // At least `digits` digits, filled with zeros.
 char* put_decimal(char* to, std::uint32_t number, int digits = 1);
 // "L" npc id "_" offset, 14 characters.
-char* put_label(char* to, const conv& script, std::uint32_t offset);
+inline char* put_label(char* to, const conv& script, std::uint32_t offset) {
+    *to++ = 'L';
+    to = put_hex<4>(to, script.npc_id);
+    *to++ = '_';
+    return put_hex<8>(to, offset);
+}
 
 inline constexpr std::size_t label_size = 14;
 inline constexpr std::size_t max_decimal_size = 10;
@@ -49,5 +72,13 @@ inline void print_name(writer& out, std::uint8_t code) {
     out.advance(code_info[code].name.copy_padded(out.room(code_name::max_size)));
 }
 
+void print_deep_indent(writer& out, int n);
+
 // Four spaces, n times.
-void print_indent(writer& out, int n);
+inline void print_indent(writer& out, int n) {
+    constexpr int usual = 8;  // up to here a copy of fixed size does
+    if (n < 0 || n > usual) return print_deep_indent(out, n);
+    char* const to = out.room(4 * usual);
+    std::memset(to, ' ', 4 * usual);
+    out.advance(to + 4 * n);
+}

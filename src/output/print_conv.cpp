@@ -22,7 +22,8 @@ void print_id(listing& print) {
     writer& out = print.out;
     const std::uint32_t id = print.script.npc_id;
     out.put("; id: ");
-    out.advance(put_hex(out.room(4), id, id > 0xFF ? 4 : 2));
+    char* const digits = out.room(4);
+    out.advance(id > 0xFF ? put_hex<4>(digits, id) : put_hex<2>(digits, id));
     out.put('(');
     out.advance(put_decimal(out.room(max_decimal_size), id));
     out.put(")\n");
@@ -101,7 +102,7 @@ result print_node(listing& print, const inst& node, const node_list& list) {
     trace_node(print.script.tree, node);
     if (print.script.dump) print.out.put('\n');
     print_node_label(print, node);
-    print_dump(print, node.offset, size);
+    if (failed(print_dump(print, node.offset, size))) return result::failed;
     switch (node.type) {
         case TEXT:
         case MB_IN: return print_text(print, node, depth);
@@ -140,7 +141,7 @@ void print_end(listing& print) {
     writer& out = print.out;
     if (print.script.dump) {
         out.put("\n; ");
-        out.advance(put_hex(out.room(8), static_cast<std::uint32_t>(print.script.data_size), 8));
+        out.advance(put_hex<8>(out.room(8), static_cast<std::uint32_t>(print.script.data_size)));
         out.put(": END\n");
     } else {
         out.put("; END\n");

@@ -6,8 +6,10 @@
 #include "output/listing.h"
 
 // Prints `size` bytes of the script from `offset` on as dump lines and counts each; they lie
-// inside the script. Does nothing unless dumping is on.
-void print_dump(listing& print, std::int32_t offset, std::int32_t size);
+// inside the script. Does nothing unless dumping is on. Fails, after its message, when memory runs
+// out.
+result print_dump(listing& print, std::int32_t offset, std::int32_t size);
 
 // Writes to the messages every stretch of the script that was dumped other than exactly once.
-void report_dump_count(const conv& script);
+// The counts are put in order for it.
+void report_dump_count(conv& script);

@@ -63,7 +63,8 @@ void print_unknown(listing& print, const inst& node, int depth, std::int32_t siz
             is_byte ? conv_byte(print.script, node.offset + i) : conv_int16(print.script, node.offset + i);
         print_indent(out, depth);
         out.put(is_byte ? ".unknown.byte 0x" : ".unknown 0x");
-        out.advance(put_hex(out.room(4), number, is_byte ? 2 : 4));
+        char* const digits = out.room(4);
+        out.advance(is_byte ? put_hex<2>(digits, number) : put_hex<4>(digits, number));
         out.put(" ; ");
         out.advance(put_decimal(out.room(max_decimal_size), number));
         out.put('\n');
@@ -98,7 +99,7 @@ result print_data_block(listing& print, const inst& node, int depth, std::int32_
         case DATA_INT16:
             print_indent(out, depth);
             out.put(".data 0x");
-            out.advance(put_hex(out.room(4), param.value, 4));
+            out.advance(put_hex<4>(out.room(4), param.value));
             out.put(" ; ");
             out.advance(put_decimal(out.room(max_decimal_size), param.value));
             out.put('\n');

@@ -71,7 +71,7 @@ void escape_text(writer& out, std::string_view text) {
 void put_text_label(writer& out, const conv& script, std::int32_t number) {
     char* to = out.room(6 + max_decimal_size);
     *to++ = 'T';
-    to = put_hex(to, script.npc_id, 4);
+    to = put_hex<4>(to, script.npc_id);
     *to++ = '_';
     out.advance(put_decimal(to, static_cast<std::uint32_t>(number), 4));
 }
@@ -83,7 +83,7 @@ bool enter_text(listing& print, std::string_view text, std::int32_t offset) {
     writer& table = *print.text_file;
     put_text_label(table, print.script, options.text_counter);
     table.put("\t0x");
-    table.advance(put_hex(table.room(8), static_cast<std::uint32_t>(offset), 8));
+    table.advance(put_hex<8>(table.room(8), static_cast<std::uint32_t>(offset)));
     table.put("\t\"");
     escape_text(table, text);
     table.put("\"\n");
@@ -105,7 +105,9 @@ std::string_view text_of(const conv& script, const operand& param) {
 
 result check_text(std::string_view text) {
     bool in_passage = false;
-    for (std::size_t position = skip_plain(text, 0); position < text.size(); ++position) {
+    for (std::size_t position = 0; position < text.size(); ++position) {
+        if (!in_passage) position = skip_plain(text, position);
+        if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (!in_passage) {
             if (code_types[byte] != TEXT && code_types[byte] != MB_IN) return ERROR("illegal text: %02X", byte);

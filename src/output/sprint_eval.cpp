@@ -1,36 +1,9 @@
 #include "output/sprint_eval.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "base/diagnostics.h"
-
-namespace {
-
-// Text that is cut at a limit.
-struct clipped_text {
-    char* end;
-    char* limit;
-
-    [[nodiscard]] bool is_full() const { return end == limit; }
-    void put(std::string_view text) { end = put_text(end, first_part(text, static_cast<std::size_t>(limit - end))); }
-    void put_name(const code_name& name) {
-        if (static_cast<std::size_t>(limit - end) < code_name::max_size) return put(std::string_view(name));
-        end = name.copy_padded(end);
-    }
-    void put(char character) {
-        if (!is_full()) *end++ = character;
-    }
-    // Puts what `fill` writes at the place it is given, at most `size` characters.
-    template <std::size_t size, class filler>
-    void put_filled(filler fill) {
-        if (static_cast<std::size_t>(limit - end) >= size) {
-            end = fill(end);
-        } else {
-            char filled[size];
-            put({filled, static_cast<std::size_t>(fill(filled) - filled)});
-        }
-    }
-};
 
 enum class piece_kind : std::uint8_t {
     item,   // `item` with its operands; `code` is that of the operator or function around it
@@ -40,6 +13,11 @@ enum class piece_kind : std::uint8_t {
     open,
     close,
 };
+
+namespace {
+
+// The most that one step of the rendering writes, a name's padding included.
+constexpr std::size_t max_step = 3 * code_name::max_size;
 
 enum class operator_group : std::uint8_t { none, comparison, additive, multiplicative, logical };
 
@@ -65,14 +43,14 @@ bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
     }
 }
 
-inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
+constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
 struct renderer {
     const conv& script;
     array<pending_piece>& pieces;  // to be rendered later, the next one last
-    clipped_text text;
-    std::uint32_t item;   // to be rendered now, or no_item
-    std::uint8_t parent;  // the code of the operator or function around it, 0 for none
+    char* to;                      // where the rendering goes on
+    std::uint32_t item;            // to be rendered now, or no_item
+    std::uint8_t parent;           // the code of the operator or function around it, 0 for none
 };
 
 std::int32_t item_offset(const renderer& render, std::uint32_t item) { return render.script.tree.items[item].offset; }
@@ -120,7 +98,7 @@ bool needs_parentheses(const renderer& render, std::uint8_t code, std::uint32_t 
 
 // Pieces are put off in reverse: what is put off last is rendered first.
 [[nodiscard]] bool put_off(renderer& render, piece_kind kind, std::uint8_t code = 0, std::uint32_t item = 0) {
-    return render.pieces.push_back({item, static_cast<std::uint8_t>(kind), code});
+    return render.pieces.push_back({item, kind, code});
 }
 
 // Makes an operand of `parent` the next item.
@@ -129,24 +107,29 @@ void descend(renderer& render, std::uint32_t item, std::uint8_t parent) {
     render.parent = parent;
 }
 
-void render_number(renderer& render, std::uint32_t number) {
-    render.text.put_filled<max_decimal_size>([number](char* to) { return put_decimal(to, number); });
+void render_text(renderer& render, std::string_view text) { render.to = put_text(render.to, text); }
+void render_name(renderer& render, std::uint8_t code) { render.to = code_info[code].name.copy_padded(render.to); }
+void render_number(renderer& render, std::uint32_t number) { render.to = put_decimal(render.to, number); }
+
+void render_infix(renderer& render, std::uint8_t code) {
+    render_text(render, " ");
+    render_name(render, code);
+    render_text(render, " ");
 }
 
 void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     const conv& script = render.script;
     if (code != OP_INT32 || !options.omit_int32) {
-        render.text.put_name(code_info[code].name);
-        render.text.put(' ');
+        render_name(render, code);
+        render_text(render, " ");
     }
     switch (code_info[code].params[0]) {
         case INT16:
-            render.text.put("0x");
-            return render.text.put_filled<4>([&](char* to) { return put_hex(to, conv_int16(script, offset + 1), 4); });
-        case INT32:
-            return render.text.put_filled<label_size>(
-                [&](char* to) { return put_label(to, script, conv_int32(script, offset + 1)); });
-        default: return render_number(render, conv_byte(script, offset + 1));
+            render_text(render, "0x");
+            render.to = put_hex<4>(render.to, conv_int16(script, offset + 1));
+            break;
+        case INT32: render.to = put_label(render.to, script, conv_int32(script, offset + 1)); break;
+        default: render_number(render, conv_byte(script, offset + 1)); break;
     }
 }
 
@@ -157,7 +140,7 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     const auto [left, right] = operands_of(render, item);
     const bool wraps_right = needs_parentheses(render, code, right);
     const bool wraps_all = is_wrapped(code, parent);
-    if (wraps_all) render.text.put('(');
+    if (wraps_all) render_text(render, "(");
     descend(render, left, code);
     return (!wraps_all || put_off(render, piece_kind::close)) && (!wraps_right || put_off(render, piece_kind::close)) &&
            put_off(render, piece_kind::item, code, right) && (!wraps_right || put_off(render, piece_kind::open)) &&
@@ -166,15 +149,15 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
 
 // "$var[5]" or "$str[5]", whose only operand is a byte.
 void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
-    render.text.put_name(code_info[code].name);
-    render.text.put('[');
+    render_name(render, code);
+    render_text(render, "[");
     render_number(render, item_code(render, item - 1));
-    render.text.put(']');
+    render_text(render, "]");
 }
 
 [[nodiscard]] bool render_call(renderer& render, std::uint32_t item, std::uint8_t code) {
-    render.text.put_name(code_info[code].name);
-    render.text.put('(');
+    render_name(render, code);
+    render_text(render, "(");
     if (!put_off(render, piece_kind::close)) return false;
     std::uint32_t operand_item = item - 1;  // of the last operand
     for (std::int32_t k = code_info[code].num_params - 1; k > 0; --k) {
@@ -188,7 +171,7 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
 [[nodiscard]] bool render_eval(renderer& render, std::uint32_t item) {
     const std::uint32_t assign = expr_assign(render.script.tree, item);
     if (assign == 0) {
-        if (!options.omit_eval) render.text.put("eval ");
+        if (!options.omit_eval) render_text(render, "eval ");
         descend(render, expr_value(item), OP_EVAL);
         return true;
     }
@@ -213,16 +196,13 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
 }
 
 void render_piece(renderer& render, const pending_piece& piece) {
-    switch (static_cast<piece_kind>(piece.kind)) {
+    switch (piece.kind) {
         case piece_kind::item: return descend(render, piece.item, piece.code);
-        case piece_kind::eval: return render.text.put("eval ");
-        case piece_kind::comma: return render.text.put(", ");
-        case piece_kind::open: return render.text.put('(');
-        case piece_kind::close: return render.text.put(')');
-        case piece_kind::infix:
-            render.text.put(' ');
-            render.text.put_name(code_info[piece.code].name);
-            return render.text.put(' ');
+        case piece_kind::eval: return render_text(render, "eval ");
+        case piece_kind::comma: return render_text(render, ", ");
+        case piece_kind::open: return render_text(render, "(");
+        case piece_kind::close: return render_text(render, ")");
+        case piece_kind::infix: return render_infix(render, piece.code);
     }
 }
 
@@ -231,19 +211,21 @@ void render_piece(renderer& render, const pending_piece& piece) {
 // Cutting each composition by itself leaves the same text as cutting the whole: each begins where
 // the one around it has begun or later.
 result sprint_eval(listing& print, std::uint32_t root) {
-    char* const room = print.out.room(max_expression);
-    renderer render = {print.script, print.pieces, {room, room + max_expression}, root, 0};
+    char* const start = print.out.room(max_expression + max_step);
+    char* const limit = start + max_expression;
+    renderer render = {print.script, print.pieces, start, root, 0};
     render.pieces.truncate(0);
-    while (!render.text.is_full()) {
+    while (render.to < limit) {
         if (render.item != no_item) {
             if (!render_item(render)) return ERROR("memory exhausted! (strdup)");
         } else if (!render.pieces.empty()) {
-            render_piece(render, render.pieces.back());
+            const pending_piece piece = render.pieces.back();
             render.pieces.pop_back();
+            render_piece(render, piece);
         } else {
             break;
         }
     }
-    print.out.advance(render.text.end);
+    print.out.advance(std::min(render.to, limit));
     return result::ok;
 }
