@@ -62,3 +62,9 @@ result add_jump_offset(conv& script, std::int32_t offset);
 result add_data_offset(conv& script, std::int32_t offset);
 // Records a data block start, in the code and in the data offset table.
 result add_data_block(conv& script, std::int32_t offset);
+
+// Adds a node to the script's tree as inst_new does, and counts it where a jump leads to it.
+inline inst_index conv_add_node(conv& script, std::int32_t offset, code_type type, std::uint8_t code) {
+    if (offset_table_find(script.jump_offset_table, offset)) ++script.tree.labelled;
+    return inst_new(script.tree, offset, type, code);
+}

@@ -1,7 +1,7 @@
 // The instruction tree: one node for each text, statement, data block and element of one.
 //
 // Nodes, operands and expression items lie in three arrays of the tree and refer to each other
-// by index, so that a node costs 20 bytes and the whole tree is released at once.
+// by index, so that a node costs 16 bytes and the whole tree is released at once.
 #pragma once
 
 #include <cstdint>
@@ -26,13 +26,13 @@ struct operand {
 };
 
 struct inst {
-    inst_index next = no_inst;      // the following node of the same list
-    inst_index subblock = no_inst;  // the first node of the nested list
+    inst_index next = no_inst;  // the following node of the same list
     std::int32_t offset = 0;
     std::uint32_t params = no_params;  // index of the first operand; they stand side by side
     code_type type = NONE;
     std::uint8_t code = 0;
     std::uint8_t num_params = 0;  // 0 for a text node, although it has its text as operand 0
+    bool has_subblock = false;    // a list of nodes is nested in it; it begins with the next index
 };
 
 // An expression is stored as its items in script order: an operator or function behind its
@@ -46,16 +46,23 @@ struct expr_item {
     std::uint32_t extent = 1;
 };
 
-// Nodes stand in ascending order of their offsets, first those that phase 2 walked, then the
-// elements added to data blocks.
+// A block start, which is no block yet: where data begins, by the words of the code.
+struct block_start {
+    std::int32_t offset;
+    inst_index node;
+};
+
+// Nodes stand in ascending order of their offsets, first those that phase 2 walked, each before its
+// sub block, then the elements added to data blocks.
 struct inst_tree {
     inst_index root = no_inst;
-    std::uint32_t walked = 0;  // nodes that phase 2 walked
+    std::uint32_t walked = 0;   // nodes that phase 2 walked
+    std::int32_t labelled = 0;  // nodes that jumps lead to
     array<inst> nodes;
     array<operand> operands;
     array<expr_item> items;
     array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
-    array<inst_index> directory;    // for inst_find: by script offset, where to start looking
+    array<block_start> blocks;      // walked nodes of type DATA, ascending
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
@@ -71,14 +78,19 @@ inline result inst_add_item(inst_tree& tree, expr_item item);
 // Notes that the node's operands may name data blocks; the same failure.
 result inst_add_block_user(inst_tree& tree, inst_index node);
 
+// Notes a walked node of type DATA; the same failure.
+result inst_add_block(inst_tree& tree, inst_index node);
+
 // Operand `k` of a node, all zero when the node has none.
 inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k) {
     if (node.params == no_params) return {};
     return tree.operands[node.params + k];
 }
 
-// Prepares inst_find for a finished tree over a script of `script_size` bytes. The same failure.
-result inst_build_directory(inst_tree& tree, std::int32_t script_size);
+// The first node of the list nested in a node, or no_inst.
+inline inst_index inst_subblock(const inst_tree& tree, const inst& node) {
+    return node.has_subblock ? static_cast<inst_index>(&node - tree.nodes.begin()) + 1 : no_inst;
+}
 
 // The walked node with this offset, or no_inst.
 inst_index inst_find(const inst_tree& tree, std::int32_t offset);

@@ -73,14 +73,14 @@ void trace_node(const inst_tree& tree, const inst& node) {
     if (!verbose(2)) return;
     const inst_index next = node.next == no_inst ? 0 : node.next;  // the root, 0, follows nothing
     TRACE("offset=%08X, code=%02X, type=%02X, next=%08X", node.offset, node.code, node.type, next);
-    if (node.subblock == no_inst) return;
-    const inst& first = tree.nodes[node.subblock];
+    if (!node.has_subblock) return;
+    const inst& first = tree.nodes[inst_subblock(tree, node)];
     TRACE("sub block: offset=%08X, code=%02X, type=%02X, next=%08X", first.offset, first.code, first.type, next);
 }
 
 // Where the node's own bytes end: at its sub block, at the next node or at the list's end.
 std::int32_t own_end(const inst_tree& tree, const inst& node, const node_list& list) {
-    const inst_index behind = node.subblock != no_inst ? node.subblock : node.next;
+    const inst_index behind = node.has_subblock ? inst_subblock(tree, node) : node.next;
     return behind == no_inst ? list.end_offset : tree.nodes[behind].offset;
 }
 
@@ -91,9 +91,10 @@ std::int32_t own_size(const conv& script, const inst& node, const node_list& lis
 }
 
 result print_sub_block(listing& print, const inst& node, const node_list& list) {
-    if (node.subblock == no_inst) return result::ok;
-    const std::int32_t end = node.next == no_inst ? list.end_offset : print.script.tree.nodes[node.next].offset;
-    return print_list(print, {node.subblock, end, list.level + 1});
+    if (!node.has_subblock) return result::ok;
+    const inst_tree& tree = print.script.tree;
+    const std::int32_t end = node.next == no_inst ? list.end_offset : tree.nodes[node.next].offset;
+    return print_list(print, {inst_subblock(tree, node), end, list.level + 1});
 }
 
 result print_node(listing& print, const inst& node, const node_list& list) {

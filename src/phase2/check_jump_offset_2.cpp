@@ -12,6 +12,8 @@ bool reach(const inst*& node, const inst* end, std::int32_t offset) {
 }  // namespace
 
 result check_jump_offset_2(const conv& script) {
+    // No two nodes share an offset.
+    if (script.tree.labelled == script.jump_offset_table.inserted) return result::ok;
     const inst* const elements = script.tree.nodes.begin() + script.tree.walked;
     const inst* walked = script.tree.nodes.begin();
     const inst* element = elements;

@@ -26,12 +26,13 @@ struct walk {
 
 result walk_block(walk& block);
 
+// The first node of a sub block follows its owner at once.
 void link(walk& block, inst_index node) {
     inst_tree& tree = block.shared.tree;
     if (block.last != no_inst) {
         tree.nodes[block.last].next = node;
     } else if (block.owner != no_inst) {
-        tree.nodes[block.owner].subblock = node;
+        tree.nodes[block.owner].has_subblock = true;
     } else {
         tree.root = node;
     }
@@ -41,8 +42,8 @@ void link(walk& block, inst_index node) {
 // Makes a node of the entry, links it and moves on.
 inst_index take_node(walk& block, code_type type, std::uint8_t code) {
     walker& shared = block.shared;
-    const inst_index node = inst_new(shared.tree, shared.entry.offset, type, code);
-    if (node == no_inst) return no_inst;
+    const inst_index node = conv_add_node(shared.script, shared.entry.offset, type, code);
+    if (node == no_inst || (type == DATA && failed(inst_add_block(shared.tree, node)))) return no_inst;
     link(block, node);
     advance(shared.entry);
     return node;
@@ -59,7 +60,7 @@ void trace_node(const walker& shared, const char* what, inst_index index) {
 
 void trace_sub_block(const walker& shared, const char* what, inst_index owner) {
     if (!verbose(2)) return;
-    const inst_index first = shared.tree.nodes[owner].subblock;
+    const inst_index first = inst_subblock(shared.tree, shared.tree.nodes[owner]);
     if (first != no_inst) trace_node(shared, what, first);
     for (inst_index node = first; node != no_inst; node = shared.tree.nodes[node].next) {
         trace_node(shared, "parse_conv_2(): SUB BLOCK", node);
@@ -330,7 +331,7 @@ result walk_expression(walk& block) {
     const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign - 1].offset;
     const code_type type = assign == 0 ? OPERATOR : FUNCTION;
     const std::uint8_t code = assign == 0 ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
-    const inst_index node = inst_new(shared.tree, offset, type, code);
+    const inst_index node = conv_add_node(shared.script, offset, type, code);
     if (node == no_inst) return result::failed;
     link(block, node);
     if (failed(inst_add_param(shared.tree, node, {start, root, VALUE}))) return result::failed;

@@ -20,7 +20,7 @@ struct block_parser {
 
 // Inserts a node behind the last element.
 result insert_node(block_parser& parser, std::int32_t offset, code_type type) {
-    const inst_index node = inst_new(parser.tree, offset, type, conv_byte(parser.script, offset));
+    const inst_index node = conv_add_node(parser.script, offset, type, conv_byte(parser.script, offset));
     if (node == no_inst) return result::failed;
     parser.tree.nodes[node].next = parser.tree.nodes[parser.last].next;
     parser.tree.nodes[parser.last].next = node;
@@ -152,27 +152,39 @@ result parse_typed_block(conv& script, inst_index& node, std::int32_t end) {
     return outcome;
 }
 
-// Splits the blocks of one list, whose last node ends before `limit`.
-result parse_list(conv& script, inst_index first, std::int32_t limit) {
-    const array<inst>& nodes = script.tree.nodes;
-    for (inst_index node = first; node != no_inst; node = nodes[node].next) {
-        const std::int32_t end = nodes[node].next == no_inst ? limit : nodes[nodes[node].next].offset;
-        switch (nodes[node].type) {
-            case DATA: report_unknown_block(nodes[node].offset); break;
-            case DATA_TEXT:
-            case DATA_INT16:
-                if (failed(parse_typed_block(script, node, end))) return result::failed;
-                break;
-            default:
-                if (nodes[node].subblock != no_inst && failed(parse_list(script, nodes[node].subblock, end))) {
-                    return result::failed;
-                }
-                break;
-        }
+// The walked node behind all that is nested in a node.
+inst_index behind_subblocks(const inst_tree& tree, inst_index node) {
+    while (tree.nodes[node].has_subblock) {
+        ++node;
+        while (tree.nodes[node].next != no_inst) node = tree.nodes[node].next;
     }
+    return node + 1;
+}
+
+// Splits a block and what its splitting makes a block.
+result parse_block(conv& script, inst_index node, inst_index behind) {
+    const inst_tree& tree = script.tree;
+    const std::int32_t end = behind == tree.walked ? script.data_size : tree.nodes[behind].offset;
+    do {
+        if (failed(parse_typed_block(script, node, end))) return result::failed;
+        node = tree.nodes[node].next;
+    } while (node != no_inst && node >= tree.walked);
     return result::ok;
 }
 
 }  // namespace
 
-result parse_data_block(conv& script) { return parse_list(script, script.tree.root, script.data_size); }
+result parse_data_block(conv& script) {
+    const inst_tree& tree = script.tree;
+    inst_index behind = 0;  // the block before, with all that is nested in it
+    for (const block_start& block : tree.blocks) {
+        if (block.node < behind) continue;
+        behind = behind_subblocks(tree, block.node);
+        if (tree.nodes[block.node].type == DATA) {
+            report_unknown_block(block.offset);
+        } else if (failed(parse_block(script, block.node, behind))) {
+            return result::failed;
+        }
+    }
+    return result::ok;
+}

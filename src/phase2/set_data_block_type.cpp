@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/diagnostics.h"
 #include "phase2/data_block.h"
 
@@ -12,17 +14,35 @@ struct pending_expr {
 struct typer {
     conv& script;
     inst_tree& tree;
-    array<pending_expr> pending;
+    array<pending_expr> pending = {};
+    std::size_t block = 0;  // among the tree's, where the last one named would be
 };
 
 std::uint8_t item_code(const typer& typing, std::uint32_t item) {
     return conv_byte(typing.script, typing.tree.items[item].offset);
 }
 
+// The node of the block at `offset`, else of whatever begins there, or no_inst. Code mostly names
+// blocks near each other, so that the search widens from the last one.
+inst_index find_block(typer& typing, std::int32_t offset) {
+    const array<block_start>& blocks = typing.tree.blocks;
+    std::size_t low = typing.block;
+    std::size_t high = typing.block;
+    for (std::size_t step = 1; low > 0 && blocks[low - 1].offset >= offset; step *= 2) low -= std::min(step, low);
+    for (std::size_t step = 1; high < blocks.size() && blocks[high].offset < offset; step *= 2)
+        high += std::min(step, blocks.size() - high);
+    const block_start* const found =
+        std::lower_bound(blocks.begin() + low, blocks.begin() + high, offset,
+                         [](const block_start& block, std::int32_t wanted) { return block.offset < wanted; });
+    typing.block = static_cast<std::size_t>(found - blocks.begin());
+    if (found != blocks.end() && found->offset == offset) return found->node;
+    return inst_find(typing.tree, offset);
+}
+
 result type_block(typer& typing, std::uint32_t block_offset, bool is_text) {
     const auto offset = static_cast<std::int32_t>(block_offset);
     const code_type wanted = is_text ? DATA_TEXT : DATA_INT16;
-    const inst_index index = inst_find(typing.tree, offset);
+    const inst_index index = find_block(typing, offset);
     if (index == no_inst) return ERROR("BUG: can't find data block: offset=%08X", offset);
     inst& block = typing.tree.nodes[index];
     if (block.type == wanted) return result::ok;
@@ -116,9 +136,7 @@ result type_operands(typer& typing, const inst& node) {
 }  // namespace
 
 result set_data_block_type(conv& script) {
-    typer typing = {script, script.tree, {}};
-    if (script.tree.block_users.empty()) return result::ok;
-    if (failed(inst_build_directory(script.tree, script.data_size))) return result::failed;
+    typer typing = {script, script.tree};
     // The users stand in the order of the listing, each before its sub block.
     for (const inst_index user : script.tree.block_users) {
         if (failed(type_operands(typing, script.tree.nodes[user]))) return result::failed;
