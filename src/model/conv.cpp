@@ -31,24 +31,13 @@ void conv_free(conv& script) {
     script.data_size = 0;
 }
 
-std::uint32_t conv_number(const conv& script, std::int32_t offset, int bytes) {
-    std::uint32_t number = 0;
-    for (int i = 0; i < bytes && conv_has(script, offset); ++i, ++offset) {
-        number |= static_cast<std::uint32_t>(conv_byte(script, offset)) << (8 * i);
-    }
-    return number;
-}
-
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end) {
     end = std::min(end, script.data_size);
     if (!conv_has(script, start) || end <= start) return {};
     return {script.buffer.data() + start, static_cast<std::size_t>(end - start)};
 }
 
-result add_code_offset(conv& script, std::int32_t offset, code_type type) {
-    if (!failed(offset_table_add(script.code_offset_table, offset, type))) return result::ok;
-    return ERROR("can't add code offset table");
-}
+failure report_code_table() { return ERROR("can't add code offset table"); }
 
 result add_jump_offset(conv& script, std::int32_t offset) {
     if (!failed(offset_table_add(script.jump_offset_table, offset, NONE))) return result::ok;

@@ -1,6 +1,7 @@
 // The record of one run: a loaded script and everything derived from it.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <span>
 
@@ -45,23 +46,37 @@ void conv_free(conv& script);
 
 // Every read of the script goes through these: a byte outside the script reads as 0. Numbers are
 // stored low byte first.
-inline bool conv_has(const conv& script, std::int32_t offset) { return offset >= 0 && offset < script.data_size; }
+inline bool conv_has(const conv& script, std::int32_t offset) {
+    return static_cast<std::uint32_t>(offset) < static_cast<std::uint32_t>(script.data_size);
+}
 inline std::uint8_t conv_byte(const conv& script, std::int32_t offset) {
     return conv_has(script, offset) ? script.buffer[static_cast<std::size_t>(offset)] : std::uint8_t{0};
 }
-std::uint32_t conv_number(const conv& script, std::int32_t offset, int bytes);
-inline std::uint32_t conv_int16(const conv& script, std::int32_t offset) { return conv_number(script, offset, 2); }
-inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) { return conv_number(script, offset, 4); }
+template <int bytes>
+std::uint32_t conv_number(const conv& script, std::int32_t offset) {
+    const std::int32_t inside = conv_has(script, offset) ? std::min(bytes, script.data_size - offset) : 0;
+    std::uint32_t number = 0;
+    for (std::int32_t i = 0; i < inside; ++i) number |= static_cast<std::uint32_t>(conv_byte(script, offset + i)) << (8 * i);
+    return number;
+}
+inline std::uint32_t conv_int16(const conv& script, std::int32_t offset) { return conv_number<2>(script, offset); }
+inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) { return conv_number<4>(script, offset); }
 
 // The bytes from `start` up to `end`, as far as they lie inside the script.
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end);
 
 // Adds an entry to one of the script's tables; a failure is reported with the table's name.
-result add_code_offset(conv& script, std::int32_t offset, code_type type);
+inline result add_code_offset(conv& script, std::int32_t offset, code_type type);
 result add_jump_offset(conv& script, std::int32_t offset);
 result add_data_offset(conv& script, std::int32_t offset);
 // Records a data block start, in the code and in the data offset table.
 result add_data_block(conv& script, std::int32_t offset);
+
+failure report_code_table();
+
+inline result add_code_offset(conv& script, std::int32_t offset, code_type type) {
+    return failed(offset_table_add(script.code_offset_table, offset, type)) ? report_code_table() : result::ok;
+}
 
 // Adds a node to the script's tree as inst_new does, and counts it where a jump leads to it.
 inline inst_index conv_add_node(conv& script, std::int32_t offset, code_type type, std::uint8_t code) {

@@ -41,24 +41,22 @@ bool follows_target(const expr_builder& builder, std::uint32_t assign) {
            is_reference(conv_byte(builder.script, items[assign - 1].offset));
 }
 
+// How many items the tree has that an entry ends as `item`, 0 when that is not plain to see.
+std::uint32_t extent_of(expr_builder& builder, std::uint32_t item, const entry_reader& entry) {
+    if (entry.type == LITERAL || entry.type == BYTE) return 1;
+    if (entry.type == OPERATOR || entry.type == FUNCTION) return find_extent(builder, item, shown_code(entry));
+    if (entry.type != ASSIGN || !follows_target(builder, item)) return 0;
+    builder.lowest = item + 1;
+    return 1;
+}
+
 // Takes the entry that the reader stands on as the expression's next item.
 result take_item(expr_builder& builder, const entry_reader& entry) {
-    array<expr_item>& items = builder.script.tree.items;
-    const auto item = static_cast<std::uint32_t>(items.size());
-    std::uint32_t extent = 1;
-    switch (entry.type) {
-        case LITERAL: builder.names_block |= entry.code == OP_INT32; break;
-        case BYTE: break;
-        case OPERATOR:
-        case FUNCTION: extent = find_extent(builder, item, shown_code(entry)); break;
-        case ASSIGN:
-            builder.is_plain &= follows_target(builder, item);
-            builder.lowest = item + 1;
-            break;
-        default: extent = 0; break;
-    }
-    builder.is_plain &= extent != 0;
-    return inst_add_item(builder.script.tree, {entry.offset, extent});
+    inst_tree& tree = builder.script.tree;
+    const std::uint32_t extent = extent_of(builder, static_cast<std::uint32_t>(tree.items.size()), entry);
+    if (extent == 0) builder.is_plain = false;
+    if (entry.code == OP_INT32) builder.names_block = true;
+    return inst_add_item(tree, {entry.offset, extent});
 }
 
 // An expression that is not plain is read once more, backwards and with all that can be wrong with
