@@ -9,7 +9,7 @@
 
 // Where messages go: standard error, the file named by "-E", or memory in tests. They are
 // buffered; the driver flushes them before the listing starts and when the run ends.
-inline writer diagnostics;
+inline constinit writer diagnostics;
 
 // How many messages the process has reported.
 inline std::uint32_t reported_messages = 0;

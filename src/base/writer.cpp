@@ -5,7 +5,8 @@
 #include <cerrno>
 
 void writer::open(int descriptor) {
-    used_ = 0;
+    end_ = buffer_;
+    limit_ = buffer_ + buffer_size;
     error_ = 0;
     memory_ = nullptr;
     descriptor_ = descriptor;
@@ -17,8 +18,9 @@ void writer::open(array<char>& memory) {
 }
 
 void writer::flush() {
-    hand_on({buffer_, used_});
-    used_ = 0;
+    if (end_ == nullptr) return open(-1);  // it was never opened: what is put is lost
+    hand_on({buffer_, static_cast<std::size_t>(end_ - buffer_)});
+    end_ = buffer_;
 }
 
 void writer::put_long(std::string_view text) {

@@ -16,7 +16,7 @@ public:
     static constexpr std::size_t buffer_size = std::size_t{64} * 1024;
     static constexpr std::size_t max_room = std::size_t{16} * 1024;  // the most that one call of room() gives
 
-    writer() = default;
+    constexpr writer() = default;
     writer(const writer&) = delete;
     writer& operator=(const writer&) = delete;
 
@@ -28,30 +28,33 @@ public:
     // Space for at least `size` (at most max_room) bytes at the place where the output goes on;
     // advance() takes what of it was filled.
     char* room(std::size_t size) {
-        if (buffer_size - used_ < size) [[unlikely]]
+        if (left() < size) [[unlikely]]
             flush();
-        return buffer_ + used_;
+        return end_;
     }
-    void advance(const char* end) { used_ = static_cast<std::size_t>(end - buffer_); }
+    void advance(char* end) { end_ = end; }
 
     void put(std::string_view text) {
-        if (buffer_size - used_ < text.size()) [[unlikely]]
+        if (left() < text.size()) [[unlikely]]
             return put_long(text);
-        std::memcpy(buffer_ + used_, text.data(), text.size());
-        used_ += text.size();
+        std::memcpy(end_, text.data(), text.size());
+        end_ += text.size();
     }
     void put(char character) {
         *room(1) = character;
-        ++used_;
+        ++end_;
     }
 
 private:
+    [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(limit_ - end_); }
     void put_long(std::string_view text);
     void hand_on(std::string_view text);
 
-    std::size_t used_ = 0;
-    int descriptor_ = -1;
+    // All zero at first, so that a writer that is not opened costs no memory.
+    char* end_ = nullptr;  // of what the buffer holds
+    char* limit_ = nullptr;
+    int descriptor_ = 0;  // once it is opened
     int error_ = 0;
     array<char>* memory_ = nullptr;
-    char buffer_[buffer_size];
+    char buffer_[buffer_size] = {};
 };

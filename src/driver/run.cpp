@@ -11,8 +11,8 @@
 
 namespace {
 
-writer listing_out;
-writer text_out;
+constinit writer listing_out;
+constinit writer text_out;
 
 // Messages go to the "-E" file, where one is named. `original` receives the standard error that
 // the tool was started with.

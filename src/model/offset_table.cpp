@@ -1,10 +1,13 @@
 #include "model/offset_table.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "base/diagnostics.h"
 
 namespace {
+
+constexpr auto marks_per_word = static_cast<std::int32_t>(sizeof(byte_word));
 
 bool is_inside(const offset_table& table, std::int32_t offset) { return offset >= 0 && offset < table.script_size; }
 
@@ -16,8 +19,8 @@ bool is_marked(const offset_table& table, std::int32_t offset) {
 std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return table.script_size;
     while (table.script_size - offset >= marks_per_word) {
-        const std::uint64_t word = entries_in(mark_word(*table.inside, offset), table.bits);
-        if (word != 0) return offset + std::countr_zero(word) / 8;
+        const byte_word word = entries_in(load_word(table.inside->data() + offset), table.bits);
+        if (word != 0) return offset + static_cast<std::int32_t>(bytes_before(word));
         offset += marks_per_word;
     }
     while (offset < table.script_size && !is_marked(table, offset)) ++offset;
@@ -28,7 +31,7 @@ std::int32_t next_mark(const offset_table& table, std::int32_t offset) {
 std::int32_t previous_mark(const offset_table& table, std::int32_t offset) {
     if (table.inside->empty()) return -1;
     while (offset >= marks_per_word) {
-        const std::uint64_t word = entries_in(mark_word(*table.inside, offset - marks_per_word), table.bits);
+        const byte_word word = entries_in(load_word(table.inside->data() + offset - marks_per_word), table.bits);
         if (word != 0) return offset - 1 - std::countl_zero(word) / 8;
         offset -= marks_per_word;
     }

@@ -5,14 +5,13 @@
 // at a time. Offsets outside the script are recorded as read, in a list of each table's own.
 #pragma once
 
-#include <bit>
 #include <cstdint>
-#include <cstring>
 #include <limits>
 #include <optional>
 #include <type_traits>
 
 #include "base/array.h"
+#include "base/byte_word.h"
 #include "base/result.h"
 #include "model/code_info.h"
 
@@ -84,11 +83,9 @@ void offset_table_truncate(offset_table& table, std::int32_t offset);
 // What follows is the part of the operations above that nearly every call comes down to.
 
 // Among marks of the given bits, those of an entry are not 0.
-constexpr std::uint64_t entries_in(std::uint64_t word, mark_bits bits) {
-    return word & (0x0101010101010101U * bits.mask);
-}
+constexpr byte_word entries_in(byte_word word, mark_bits bits) { return word & repeated(bits.mask); }
 // The type in a mark that holds an entry.
-constexpr code_type type_in(std::uint64_t mark, mark_bits bits) {
+constexpr code_type type_in(byte_word mark, mark_bits bits) {
     return static_cast<code_type>(bits.first_type + ((mark & bits.mask) >> bits.shift) - 1);
 }
 // The bits of an entry's type in its mark.
@@ -96,19 +93,11 @@ constexpr std::uint8_t mark_of(code_type type, mark_bits bits) {
     return static_cast<std::uint8_t>((type - bits.first_type + 1) << bits.shift);
 }
 
-// Eight marks, the first in the lowest byte.
-inline constexpr std::int32_t marks_per_word = 8;
-inline std::uint64_t mark_word(const marks& inside, std::int32_t offset) {
-    std::uint64_t word = 0;
-    std::memcpy(&word, inside.data() + offset, marks_per_word);
-    if constexpr (std::endian::native == std::endian::big) word = __builtin_bswap64(word);
-    return word;
-}
 // The entries among the eight marks behind an offset inside the script, 0 also near its end.
-std::uint64_t next_entries(const any_offset_table auto& table, std::int32_t offset) {
+byte_word next_entries(const any_offset_table auto& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
-    if (position + std::size_t{marks_per_word} >= table.inside->size()) return 0;
-    return entries_in(mark_word(*table.inside, offset + 1), bits_of(table));
+    if (position + sizeof(byte_word) >= table.inside->size()) return 0;
+    return entries_in(load_word(table.inside->data() + position + 1), bits_of(table));
 }
 
 result add_or_retype(offset_table& table, std::int32_t offset, code_type type);
@@ -126,8 +115,8 @@ std::optional<code_type> offset_table_find(const any_offset_table auto& table, s
 }
 
 std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto& table, std::int32_t offset) {
-    if (const std::uint64_t word = next_entries(table, offset); word != 0) {
-        return offset + 1 + std::countr_zero(word) / 8;
+    if (const byte_word word = next_entries(table, offset); word != 0) {
+        return offset + 1 + static_cast<std::int32_t>(bytes_before(word));
     }
     const std::int64_t above = find_first_above(table, offset);
     if (above == std::numeric_limits<std::int64_t>::max()) return std::nullopt;

@@ -14,8 +14,13 @@ struct text_end {
 text_end find_text_end(std::span<const std::uint8_t> bytes) {
     std::size_t position = 0;
     for (;;) {
-        while (position < bytes.size() && code_types[bytes[position]] == TEXT) ++position;
-        if (position == bytes.size() || code_types[bytes[position]] != MB_IN) return {position, text_end::proper};
+        position = find_marked(bytes.data(), position, bytes.size(), mark_special);
+        if (position == bytes.size()) return {position, text_end::proper};
+        if (code_types[bytes[position]] == TEXT) {
+            ++position;
+            continue;
+        }
+        if (code_types[bytes[position]] != MB_IN) return {position, text_end::proper};
         // A passage, up to its "}".
         for (++position; position < bytes.size() && code_types[bytes[position]] != MB_OUT; ++position) {
             if (!is_lead_byte(bytes[position])) continue;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "base/byte_word.h"
 #include "model/conv.h"
 
 // The ranges of Shift_JIS (code page 932). Inside a passage a lead byte takes the next byte with
@@ -11,6 +12,9 @@ constexpr bool is_lead_byte(std::uint8_t byte) {
     return (byte >= 0x81 && byte <= 0x9F) || (byte >= 0xE0 && byte <= 0xFC);
 }
 constexpr bool is_trail_byte(std::uint8_t byte) { return byte >= 0x40 && byte <= 0xFC && byte != 0x7F; }
+
+// Marks, in eight bytes, those that are not surely a character that stands for itself.
+constexpr byte_word mark_special(byte_word word) { return mark_below(word, 0x20) | mark_from(word, 0x7B); }
 
 // The length in bytes of the text that starts at `start` and ends before the first byte, outside
 // a passage, that is no text, at `end` at the latest. Fails after an ERROR line when a passage is

@@ -48,7 +48,8 @@ result print_declaration(listing& print, const inst& node) {
 
 result print_operands(listing& print, const inst& node) {
     for (std::uint32_t k = 0; k < node.num_params; ++k) {
-        print.out.put(k == 0 ? " " : ", ");
+        if (k != 0) print.out.put(',');
+        print.out.put(' ');
         if (failed(print_operand(print, node, inst_param(print.script.tree, node, k)))) return result::failed;
     }
     return result::ok;

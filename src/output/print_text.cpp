@@ -1,7 +1,5 @@
 #include "output/print_text.h"
 
-#include <array>
-
 #include "base/diagnostics.h"
 #include "model/text.h"
 
@@ -20,20 +18,15 @@ constexpr char escape_letter(std::uint8_t byte) {
     }
 }
 
-// Whether a byte needs no look outside a passage: it is a character and printed as it is.
-constexpr auto make_plain_bytes() {
-    std::array<bool, 256> table{};
-    for (std::size_t byte = 0x20; byte <= 0x7E; ++byte) {
-        const bool is_brace_or_bar = byte >= 0x7B && byte <= 0x7D;
-        table[byte] = !is_brace_or_bar && escape_letter(static_cast<std::uint8_t>(byte)) == 0;
-    }
-    return table;
+// Where the next byte stands that `mark` marks.
+template <class marker>
+std::size_t next_marked(std::string_view text, std::size_t position, marker mark) {
+    return find_marked(reinterpret_cast<const std::uint8_t*>(text.data()), position, text.size(), mark);
 }
-constexpr auto plain_bytes = make_plain_bytes();
 
-std::size_t skip_plain(std::string_view text, std::size_t position) {
-    while (position < text.size() && plain_bytes[byte_at(text, position)]) ++position;
-    return position;
+// Marks what is escaped or opens a passage, and what only looks so.
+constexpr byte_word mark_escaped(byte_word word) {
+    return mark_special(word) | mark_equal(word, '"') | mark_equal(word, '\\');
 }
 
 // Copies a text with its escapes. `in_passage` says whether it begins inside a double-byte
@@ -42,7 +35,7 @@ void escape_text(writer& out, std::string_view text, bool& in_passage) {
     std::size_t copied = 0;
     std::size_t position = 0;
     while (position < text.size()) {
-        if (!in_passage) position = skip_plain(text, position);
+        if (!in_passage) position = next_marked(text, position, mark_escaped);
         if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (const char letter = escape_letter(byte); letter != 0) {
@@ -106,7 +99,7 @@ std::string_view text_of(const conv& script, const operand& param) {
 result check_text(std::string_view text) {
     bool in_passage = false;
     for (std::size_t position = 0; position < text.size(); ++position) {
-        if (!in_passage) position = skip_plain(text, position);
+        if (!in_passage) position = next_marked(text, position, mark_special);
         if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (!in_passage) {

@@ -1,7 +1,6 @@
 // Phase 2: reads the code offset table from its first entry to its last.
 #pragma once
 
-#include <bit>
 #include <cstdint>
 
 #include "model/conv.h"
@@ -28,10 +27,10 @@ void advance_far(entry_reader& entry);
 inline void advance(entry_reader& entry) {
     const conv& script = entry.script;
     ++entry.index;
-    const std::uint64_t word = next_entries(script.code_offset_table, entry.offset);
+    const byte_word word = next_entries(script.code_offset_table, entry.offset);
     if (word == 0) return advance_far(entry);
-    const int distance = std::countr_zero(word) / 8;
-    entry.offset += distance + 1;
+    const std::size_t distance = bytes_before(word);
+    entry.offset += static_cast<std::int32_t>(distance) + 1;
     entry.type = type_in(word >> (8 * distance), code_marks);
     entry.code = script.buffer[static_cast<std::size_t>(entry.offset)];
 }

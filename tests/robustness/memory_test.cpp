@@ -130,14 +130,13 @@ TEST_F(memory_test, every_allocation_fails) {
         "memory exhausted!,parse code error: phase 1",
         "memory exhausted!,parse code error: phase 2",
         "memory exhausted!,parse expression error,parse code error: phase 2",
-        "memory exhausted!,parse expression error,parse conditon error,parse code error: phase 2",
-        "memory exhausted!,parse expression error,parse conditon error,parse sub block error,parse code error: phase 2",
+        "memory exhausted!,parse conditon error,parse sub block error,parse code error: phase 2",
         "memory exhausted!,parse expression error,parse sub block error,parse code error: phase 2",
         "memory exhausted!,parse sub block error,parse code error: phase 2",
         "memory exhausted!,parse variable/data error,parse code error: phase 2",
         "memory exhausted!,set data block type error",
         "memory exhausted!,parse data block error",
-        "memory exhausted!",  // for the dump counts; the driver's own
+        "memory exhausted!,can't print,print error",
         "memory exhausted! (strdup),can't print,print error",
     };
     EXPECT_EQ(seen, expected);
