@@ -132,8 +132,22 @@ constexpr bool is_character(int byte) {
     return byte == 0x09 || byte == 0x0A || (byte >= 0x20 && byte <= 0x7A) || byte == 0x7E;
 }
 
+constexpr std::uint8_t size_of_literal(const operands& params) {
+    if (params[1].type != NONE) return 0;
+    switch (params[0].type) {
+        case BYTE: return 2;
+        case INT16: return 3;
+        case INT32: return 5;
+        default: return 0;
+    }
+}
+
 constexpr code_info_entry make_entry(const opcode_info& info) {
     code_info_entry entry = {info.name, info.type};
+    if (info.type == LITERAL || info.type == OPERATOR || info.type == FUNCTION || info.type == ASSIGN) {
+        entry.item_type = info.type;
+    }
+    if (info.type == LITERAL) entry.item_size = size_of_literal(info.params);
     for (std::size_t k = 0; k < max_params; ++k) {
         entry.params[k] = info.params[k].type;
         if (entry.params[k] != NONE) ++entry.num_params;
@@ -167,12 +181,8 @@ constexpr bool rows_ascend() {
     return true;
 }
 
-constexpr bool literals_have_one_number() {
-    return std::ranges::all_of(stored_table, [](const code_info_entry& entry) {
-        const code_type number = entry.params[0];
-        return entry.type != LITERAL ||
-               (entry.num_params == 1 && (number == BYTE || number == INT16 || number == INT32));
-    });
+constexpr bool items_have_sizes() {
+    return std::ranges::all_of(stored_table, [](const code_info_entry& entry) { return entry.item_size != 0; });
 }
 
 constexpr std::size_t count_of(code_type type) {
@@ -182,7 +192,7 @@ constexpr std::size_t count_of(code_type type) {
 }
 
 static_assert(rows_ascend());
-static_assert(literals_have_one_number());
+static_assert(items_have_sizes());
 static_assert(count_of(NONE) == 81 && count_of(TEXT) == 94);
 
 }  // namespace

@@ -4,37 +4,23 @@
 
 namespace {
 
-// Bytes outside this list stand for themselves inside an expression.
-code_type item_type(std::uint8_t code) {
-    const code_type type = code_types[code];
-    const bool is_item = type == LITERAL || type == OPERATOR || type == FUNCTION || type == ASSIGN;
-    return is_item ? type : BYTE;
-}
-
-// A literal's number, behind its opcode at `cursor`. Moves the cursor behind the number.
-result scan_literal(conv& script, std::int32_t& cursor, std::uint8_t code) {
+// Why the item at `offset` can't be scanned.
+failure report_item(std::int32_t offset, std::uint8_t code) {
     const code_info_entry& info = code_info[code];
+    if (info.item_size != 0) return ERROR("end of buffer: offset=%08X code=%02X", offset, code);
     if (info.num_params != 1) return ERROR("BUG: code_info[%02X].num_params=%d", code, info.num_params);
-    std::int32_t size = 0;
-    switch (info.params[0]) {
-        case BYTE: size = 1; break;
-        case INT16: size = 2; break;
-        case INT32: size = 4; break;
-        default: return ERROR("BUG: code_info[%02X].params[0].type=%02X", code, info.params[0]);
-    }
-    if (script.data_size - cursor <= size) return ERROR("end of buffer: offset=%08X code=%02X", cursor, code);
-    if (size == 4 && failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {
-        return result::failed;
-    }
-    cursor += 1 + size;
-    return result::ok;
+    return ERROR("BUG: code_info[%02X].params[0].type=%02X", code, info.params[0]);
 }
 
 // The item at the cursor, inside the script. Moves the cursor behind it.
-result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code, code_type type) {
-    if (failed(add_code_offset(script, cursor, type))) return result::failed;
-    if (type == LITERAL) return scan_literal(script, cursor, code);
-    ++cursor;
+result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code) {
+    const code_info_entry& info = code_info[code];
+    if (failed(add_code_offset(script, cursor, info.item_type))) return result::failed;
+    if (info.item_size == 0 || script.data_size - cursor < info.item_size) return report_item(cursor, code);
+    if (code == OP_INT32 && failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {
+        return result::failed;
+    }
+    cursor += info.item_size;
     return result::ok;
 }
 
@@ -43,7 +29,7 @@ result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code, code_typ
 result parse_eval_1(conv& script, std::int32_t& cursor) {
     for (std::int32_t position = cursor; position < script.data_size;) {
         const std::uint8_t code = conv_byte(script, position);
-        if (failed(scan_item(script, position, code, item_type(code)))) return result::failed;
+        if (failed(scan_item(script, position, code))) return result::failed;
         if (code == OP_EVAL) {
             cursor = position;
             return result::ok;
@@ -58,7 +44,7 @@ result parse_var_1(conv& script, std::int32_t& cursor) {
     std::int32_t position = cursor;
     while (position < script.data_size) {
         code = conv_byte(script, position);
-        const code_type type = item_type(code);
+        const code_type type = code_info[code].item_type;
         if (type == OPERATOR || type == FUNCTION) {
             depth -= code_info[code].num_params;
             if (depth < 0) {
@@ -66,7 +52,7 @@ result parse_var_1(conv& script, std::int32_t& cursor) {
                              cursor, position, code, type);
             }
         }
-        if (failed(scan_item(script, position, code, type))) return result::failed;
+        if (failed(scan_item(script, position, code))) return result::failed;
         if (is_reference(code) && depth == 0) break;
         ++depth;
     }

@@ -7,7 +7,7 @@ void stand_on(entry_reader& entry, std::optional<std::int32_t> offset) {
     entry.at_end = !offset;
     entry.offset = offset.value_or(script.data_size);
     entry.type = offset ? *offset_table_find(script.code_offset_table, *offset) : NONE;
-    entry.code = conv_has(script, entry.offset) ? conv_byte(script, entry.offset) : no_code;
+    entry.code = conv_byte(script, entry.offset);
 }
 
 }  // namespace

@@ -5,17 +5,14 @@
 
 #include "model/conv.h"
 
-inline constexpr int no_code = -1;
-
-// Stands on one entry, or behind the last one. An entry outside the script has no code, so that
-// it matches no opcode.
+// Stands on one entry, or behind the last one.
 struct entry_reader {
     const conv& script;
     bool at_end = true;
     std::int32_t index = 0;  // how many entries come before
     std::int32_t offset = 0;
     code_type type = NONE;
-    int code = no_code;  // the script byte at `offset`
+    std::uint8_t code = 0;  // the script byte at `offset`; 0, which is no opcode, outside the script
 };
 
 entry_reader read_first_entry(const conv& script);
@@ -33,9 +30,4 @@ inline void advance(entry_reader& entry) {
     entry.offset += static_cast<std::int32_t>(distance) + 1;
     entry.type = type_in(word >> (8 * distance), code_marks);
     entry.code = script.buffer[static_cast<std::size_t>(entry.offset)];
-}
-
-// The code as messages and nodes show it.
-inline std::uint8_t shown_code(const entry_reader& entry) {
-    return entry.code == no_code ? std::uint8_t{0} : static_cast<std::uint8_t>(entry.code);
 }

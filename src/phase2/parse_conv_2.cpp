@@ -51,7 +51,7 @@ inst_index take_node(walk& block, code_type type, std::uint8_t code) {
 
 // The node has the entry's type, which may be DATA: a block start whose byte closes or continues the
 // block it stands in is read as that statement and treated as data from then on.
-inst_index take_node(walk& block) { return take_node(block, block.shared.entry.type, shown_code(block.shared.entry)); }
+inst_index take_node(walk& block) { return take_node(block, block.shared.entry.type, block.shared.entry.code); }
 
 void trace_node(const walker& shared, const char* what, inst_index index) {
     const inst& node = shared.tree.nodes[index];
@@ -176,7 +176,7 @@ result begin_keywords(walk& block, std::int32_t& text) {
     const entry_reader& entry = shared.entry;
     if (entry.at_end) return ERROR("keywords not found: offset=%08X", start);
     if (entry.type != TEXT && entry.type != MB_IN) {
-        return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry), entry.type);
+        return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, entry.code, entry.type);
     }
     text = entry.offset;
     advance(shared.entry);
@@ -216,11 +216,11 @@ result walk_end_of_chain(walk& block, bool chain_exit) {
         trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
         return result::ok;
     }
-    if (chain_exit || closes_branch(entry.code, block.kind.parent_code) || entry.type == DATA) {
+    if (chain_exit || closes_block(entry.code, branch_mask(block.kind.parent_code)) || entry.type == DATA) {
         WARNING("'endanswer' not found ... ignore");
         return result::ok;
     }
-    return ERROR("'endanswer' not found: offset=%08X, code=%02X, type=%02X", entry.offset, shown_code(entry),
+    return ERROR("'endanswer' not found: offset=%08X, code=%02X, type=%02X", entry.offset, entry.code,
                  entry.type);
 }
 
@@ -298,7 +298,7 @@ result walk_assignment(walker& shared, inst_index node) {
 result walk_statement(walk& block) {
     walker& shared = block.shared;
     const std::int32_t offset = shared.entry.offset;
-    const std::uint8_t code = shown_code(shared.entry);
+    const std::uint8_t code = shared.entry.code;
     const inst_index node = take_node(block, STATEMENT, code);
     if (node == no_inst) return result::failed;
     trace_node(shared, "parse_conv_2(): other CODE", node);
@@ -360,6 +360,7 @@ result walk_step(walk& block) {
 // Walks to the entry that closes the block, a data block or the table's end.
 result walk_block(walk& block) {
     const entry_reader& entry = block.shared.entry;
+    const std::uint8_t mask = closing_mask(block.kind);
     while (!entry.at_end) {
         if (entry.type == DATA) {
             INFORMATION(1, "code break by data block: offset=%08X", entry.offset);
@@ -370,7 +371,7 @@ result walk_block(walk& block) {
             if (failed(walk_data_block(block))) return result::failed;
             continue;
         }
-        if (closes_block(entry.code, block.kind)) return result::ok;
+        if (closes_block(entry.code, mask)) return result::ok;
         if (failed(walk_step(block))) return result::failed;
     }
     return result::ok;

@@ -44,7 +44,7 @@ bool follows_target(const expr_builder& builder, std::uint32_t assign) {
 // How many items the tree has that an entry ends as `item`, 0 when that is not plain to see.
 std::uint32_t extent_of(expr_builder& builder, std::uint32_t item, const entry_reader& entry) {
     if (entry.type == LITERAL || entry.type == BYTE) return 1;
-    if (entry.type == OPERATOR || entry.type == FUNCTION) return find_extent(builder, item, shown_code(entry));
+    if (entry.type == OPERATOR || entry.type == FUNCTION) return find_extent(builder, item, entry.code);
     if (entry.type != ASSIGN || !follows_target(builder, item)) return 0;
     builder.lowest = item + 1;
     return 1;
@@ -240,10 +240,10 @@ result collect_reference(expr_builder& builder, entry_reader& entry) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
         if (failed(take_item(builder, entry))) return result::failed;
         if (entry.type == OPERATOR || entry.type == FUNCTION) {
-            depth -= code_info[shown_code(entry)].num_params;
+            depth -= code_info[entry.code].num_params;
             if (depth < 0) {
                 return ERROR("can't find variable/data: stack exhausted: offset=%08X, %08X, code=%02X, type=%02X",
-                             first, entry.offset, shown_code(entry), entry.type);
+                             first, entry.offset, entry.code, entry.type);
             }
         }
         if (entry.type == FUNCTION && is_reference(entry.code) && depth == 0) {
@@ -263,7 +263,7 @@ bool is_whole(const expr_builder& builder, std::uint32_t root) {
 }  // namespace
 
 result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
-    TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
+    TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, entry.code,
           entry.type);
     if (failed(collect_expression(builder, entry))) return result::failed;
     array<expr_item>& items = builder.script.tree.items;
@@ -274,7 +274,7 @@ result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& r
 }
 
 result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root) {
-    TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, shown_code(entry),
+    TRACE("parse_var_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, entry.code,
           entry.type);
     if (failed(collect_reference(builder, entry))) return result::failed;
     root = static_cast<std::uint32_t>(builder.script.tree.items.size() - 1);
