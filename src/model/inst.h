@@ -129,7 +129,8 @@ inline result inst_add_param(inst_tree& tree, inst_index node, operand param) {
     if (slot == nullptr) return report_tree_exhausted(tree.operands.growth_bytes());
     *slot = param;
     inst& owner = tree.nodes[node];
-    if (owner.num_params == 0) owner.params = static_cast<std::uint32_t>(tree.operands.size() - 1);
+    const auto index = static_cast<std::uint32_t>(tree.operands.size() - 1);
+    owner.params = owner.num_params == 0 ? index : owner.params;
     ++owner.num_params;
     return result::ok;
 }

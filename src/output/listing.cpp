@@ -1,6 +1,6 @@
 #include "output/listing.h"
 
-char* put_decimal(char* to, std::uint32_t number, int digits) {
+char* put_long_decimal(char* to, std::uint32_t number, int digits) {
     int count = 1;
     for (std::uint64_t power = 10; power <= number; power *= 10) ++count;
     char* const end = to + std::max(count, digits);

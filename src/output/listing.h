@@ -41,6 +41,23 @@ constexpr auto make_hex_pairs() {
 }
 inline constexpr auto hex_pairs = make_hex_pairs();
 
+// "0" to "255": most numbers are bytes.
+struct decimal {
+    std::array<char, 3> digits;
+    std::uint8_t size;
+};
+constexpr auto make_decimals() {
+    std::array<decimal, 256> table{};
+    for (std::size_t number = 0; number < 256; ++number) {
+        decimal& entry = table[number];
+        for (std::size_t power = number < 10 ? 1 : number < 100 ? 10 : 100; power > 0; power /= 10) {
+            entry.digits[entry.size++] = static_cast<char>('0' + number / power % 10);
+        }
+    }
+    return table;
+}
+inline constexpr auto decimals = make_decimals();
+
 // The put_ functions write at `to` and return the end of what they wrote.
 inline char* put_text(char* to, std::string_view text) {
     std::memcpy(to, text.data(), text.size());
@@ -55,7 +72,13 @@ char* put_hex(char* to, std::uint32_t number) {
     return to;
 }
 // At least `digits` digits, filled with zeros.
-char* put_decimal(char* to, std::uint32_t number, int digits = 1);
+char* put_long_decimal(char* to, std::uint32_t number, int digits);
+// In a place for max_decimal_size characters.
+inline char* put_decimal(char* to, std::uint32_t number) {
+    if (number >= decimals.size()) return put_long_decimal(to, number, 1);
+    std::memcpy(to, decimals[number].digits.data(), sizeof decimals[number].digits);
+    return to + decimals[number].size;
+}
 // "L" npc id "_" offset, 14 characters.
 inline char* put_label(char* to, const conv& script, std::uint32_t offset) {
     *to++ = 'L';

@@ -66,7 +66,7 @@ void put_text_label(writer& out, const conv& script, std::int32_t number) {
     *to++ = 'T';
     to = put_hex<4>(to, script.npc_id);
     *to++ = '_';
-    out.advance(put_decimal(to, static_cast<std::uint32_t>(number), 4));
+    out.advance(put_long_decimal(to, static_cast<std::uint32_t>(number), 4));
 }
 
 // Enters a text in the text table, where there is one. Returns whether the listing shows the
