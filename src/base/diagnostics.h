@@ -18,8 +18,8 @@ inline std::uint32_t reported_messages = 0;
 // can't end well then.
 inline bool message_cut = false;
 
-[[gnu::cold, gnu::format(printf, 2, 3)]] void report(const char* severity, const char* format, ...);
-[[gnu::cold, gnu::format(printf, 3, 4)]] void report_at(const char* severity, int line, const char* format, ...);
+[[gnu::format(printf, 2, 3)]] void report(const char* severity, const char* format, ...);
+[[gnu::format(printf, 3, 4)]] void report_at(const char* severity, int line, const char* format, ...);
 
 inline bool verbose(int level) { return options.verbose_level >= level; }
 

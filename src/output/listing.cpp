@@ -9,5 +9,10 @@ char* put_long_decimal(char* to, std::uint32_t number, int digits) {
 }
 
 void print_deep_indent(writer& out, int n) {
-    for (; n > 0; --n) out.put("    ");
+    constexpr std::string_view spaces = "                                                                ";
+    for (std::size_t left = 4 * static_cast<std::size_t>(std::max(n, 0)); left > 0;) {
+        const std::string_view part = first_part(spaces, left);
+        out.put(part);
+        left -= part.size();
+    }
 }
