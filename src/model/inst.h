@@ -17,7 +17,8 @@ inline constexpr std::uint32_t no_params = 0xFFFFFFFF;
 // What `value` holds depends on `type`:
 //   BYTE, INT16, INT32, STR32   the number
 //   TEXT                        the offset just behind the text
-//   VALUE, VARIABLE             the index of the expression's root item, its last
+//   VALUE, VARIABLE             the index of the expression's root item, its last, or no_item for a
+//                               value that is one item only, which is at the operand's offset
 //   ASSIGN                      0; the operand only marks the ":="
 struct operand {
     std::int32_t offset = 0;  // of the operand's first entry in the code offset table
@@ -39,12 +40,13 @@ struct inst {
 // operands' trees. `extent` counts the items of the tree that an item ends, itself included. The
 // item's kind is its type in the code offset table.
 //
-// The tree of a VALUE operand ends with its "eval" item, behind the value's tree. An assignment
-// begins, inside the extent of the "eval", with the target's tree and the ":=" item.
+// The "eval" that ends a VALUE operand is not stored. In front of the value's tree an assignment has
+// its target's tree and the ":=", whose extent is 0.
 struct expr_item {
     std::int32_t offset = 0;
     std::uint32_t extent = 1;
 };
+inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
 // A block start, which is no block yet: where data begins, by the words of the code.
 struct block_start {
@@ -99,16 +101,13 @@ inst_index inst_find(const inst_tree& tree, std::int32_t offset);
 void inst_free(inst_tree& tree);
 
 // The root of the tree in front of the one that ends with this item: of an operator's operands,
-// which end in front of it, the one before.
+// which end in front of it, the one before. Before the first item it is no_item.
 inline std::uint32_t expr_before(const inst_tree& tree, std::uint32_t item) { return item - tree.items[item].extent; }
 
-// The root of the value that an "eval" item ends.
-inline std::uint32_t expr_value(std::uint32_t eval) { return eval - 1; }
-
-// The ":=" item of the assignment that ends with this "eval" item, or 0 when there is none.
-inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t eval) {
-    const std::uint32_t before_value = expr_before(tree, expr_value(eval));
-    return before_value == expr_before(tree, eval) ? 0 : before_value;
+// The ":=" item of the assignment whose value has this root, or no_item when there is none.
+inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t root) {
+    const std::uint32_t before = root == no_item ? no_item : expr_before(tree, root);
+    return before != no_item && tree.items[before].extent == 0 ? before : no_item;
 }
 
 // Reports that one of the tree's arrays could not grow to `size` bytes.

@@ -24,7 +24,7 @@ result print_operand(listing& print, const inst& node, const operand& param) {
             print_label(print, param.value);
             return result::ok;
         case VARIABLE:
-        case VALUE: return sprint_eval(print, param.value);
+        case VALUE: return sprint_eval(print, param);
         default:
             return ERROR("BUG: illegal parameter type: offset=%08X, param=%08X, type=%02X", node.offset, param.offset,
                          param.type);
@@ -38,12 +38,12 @@ result print_declaration(listing& print, const inst& node) {
         print_name(print.out, node.code);
         print.out.put(' ');
     }
-    if (failed(sprint_eval(print, inst_param(tree, node, 0).value))) return result::failed;
+    if (failed(sprint_eval(print, inst_param(tree, node, 0)))) return result::failed;
     if (node.num_params < 3) return result::ok;
     print.out.put(' ');
     print_name(print.out, OP_ASSIGN);
     print.out.put(' ');
-    return sprint_eval(print, inst_param(tree, node, 2).value);
+    return sprint_eval(print, inst_param(tree, node, 2));
 }
 
 result print_operands(listing& print, const inst& node) {

@@ -8,7 +8,7 @@
 enum class piece_kind : std::uint8_t {
     item,   // `item` with its operands; `code` is that of the operator or function around it
     infix,  // the name of `code` between blanks
-    eval,   // "eval "
+    eval,   // "eval ", unless it is omitted
     comma,
     open,
     close,
@@ -43,8 +43,6 @@ bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
     }
 }
 
-constexpr std::uint32_t no_item = 0xFFFFFFFF;
-
 struct renderer {
     const conv& script;
     array<pending_piece>& pieces;  // to be rendered later, the next one last
@@ -59,9 +57,11 @@ std::uint8_t item_code(const renderer& render, std::uint32_t item) {
     return conv_byte(render.script, item_offset(render, item));
 }
 
-code_type item_type(const renderer& render, std::uint32_t item) {
-    return offset_table_find(render.script.code_offset_table, item_offset(render, item)).value_or(NONE);
+code_type type_at(const renderer& render, std::int32_t offset) {
+    return offset_table_find(render.script.code_offset_table, offset).value_or(NONE);
 }
+
+code_type item_type(const renderer& render, std::uint32_t item) { return type_at(render, item_offset(render, item)); }
 
 // The root of the last operand stands right before its operator.
 struct two_operands {
@@ -79,7 +79,7 @@ bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::ui
         const std::uint8_t code = item_code(render, item);
         if (code == OP_EVAL) {
             if (!options.omit_eval) return false;
-            item = expr_value(item);
+            item = item - 1;
         } else {
             if (is_wrapped(code, parent)) return true;
             item = operands_of(render, item).left;
@@ -133,6 +133,17 @@ void render_literal(renderer& render, std::int32_t offset, std::uint8_t code) {
     }
 }
 
+// What is not an operator or function.
+void render_leaf(renderer& render, std::int32_t offset, code_type type) {
+    const std::uint8_t code = conv_byte(render.script, offset);
+    if (type == LITERAL) return render_literal(render, offset, code);
+    render_number(render, code);
+}
+
+void render_eval(renderer& render) {
+    if (!options.omit_eval) render_text(render, "eval ");
+}
+
 // The functions below render an item up to its first operand, which they make the next item, and
 // put off the rest. They fail when memory runs out.
 
@@ -168,37 +179,48 @@ void render_variable(renderer& render, std::uint32_t item, std::uint8_t code) {
     return true;
 }
 
-[[nodiscard]] bool render_eval(renderer& render, std::uint32_t item) {
-    const std::uint32_t assign = expr_assign(render.script.tree, item);
-    if (assign == 0) {
-        if (!options.omit_eval) render_text(render, "eval ");
-        descend(render, expr_value(item), OP_EVAL);
+[[nodiscard]] bool render_item(renderer& render) {
+    const std::uint32_t item = std::exchange(render.item, no_item);
+    const std::int32_t offset = item_offset(render, item);
+    const code_type type = type_at(render, offset);
+    if (type != OPERATOR && type != FUNCTION) {
+        render_leaf(render, offset, type);
+        return true;
+    }
+    const std::uint8_t code = conv_byte(render.script, offset);
+    if (code == OP_VAR || code == OP_STR) {
+        render_variable(render, item, code);
+        return true;
+    }
+    if (type == FUNCTION) return render_call(render, item, code);
+    if (code != OP_EVAL) return render_operator(render, item, code, render.parent);
+    render_eval(render);
+    descend(render, item - 1, OP_EVAL);
+    return true;
+}
+
+// The "eval" of a VALUE operand and, where it is an assignment, what stands in front of its value.
+[[nodiscard]] bool render_value(renderer& render, const operand& value) {
+    if (value.value == no_item) {
+        render_eval(render);
+        render_leaf(render, value.offset, type_at(render, value.offset));
+        return true;
+    }
+    const std::uint32_t assign = expr_assign(render.script.tree, value.value);
+    if (assign == no_item) {
+        render_eval(render);
+        descend(render, value.value, OP_EVAL);
         return true;
     }
     descend(render, assign - 1, 0);
-    return put_off(render, piece_kind::item, OP_EVAL, expr_value(item)) &&
-           (options.omit_eval || put_off(render, piece_kind::eval)) && put_off(render, piece_kind::infix, OP_ASSIGN);
-}
-
-[[nodiscard]] bool render_item(renderer& render) {
-    const std::uint32_t item = std::exchange(render.item, no_item);
-    const std::uint8_t code = item_code(render, item);
-    switch (item_type(render, item)) {
-        case LITERAL: render_literal(render, item_offset(render, item), code); return true;
-        case OPERATOR:
-            return code == OP_EVAL ? render_eval(render, item) : render_operator(render, item, code, render.parent);
-        case FUNCTION:
-            if (code != OP_VAR && code != OP_STR) return render_call(render, item, code);
-            render_variable(render, item, code);
-            return true;
-        default: render_number(render, code); return true;
-    }
+    return put_off(render, piece_kind::item, OP_EVAL, value.value) && put_off(render, piece_kind::eval) &&
+           put_off(render, piece_kind::infix, OP_ASSIGN);
 }
 
 void render_piece(renderer& render, const pending_piece& piece) {
     switch (piece.kind) {
         case piece_kind::item: return descend(render, piece.item, piece.code);
-        case piece_kind::eval: return render_text(render, "eval ");
+        case piece_kind::eval: return render_eval(render);
         case piece_kind::comma: return render_text(render, ", ");
         case piece_kind::open: return render_text(render, "(");
         case piece_kind::close: return render_text(render, ")");
@@ -210,14 +232,20 @@ void render_piece(renderer& render, const pending_piece& piece) {
 
 // Cutting each composition by itself leaves the same text as cutting the whole: each begins where
 // the one around it has begun or later.
-result sprint_eval(listing& print, std::uint32_t root) {
+result sprint_eval(listing& print, const operand& param) {
     char* const start = print.out.room(max_expression + max_step);
     char* const limit = start + max_expression;
-    renderer render = {print.script, print.pieces, start, root, 0};
+    renderer render = {print.script, print.pieces, start, no_item, 0};
     render.pieces.truncate(0);
-    while (render.to < limit) {
+    bool has_memory = true;
+    if (param.type == VALUE) {
+        has_memory = render_value(render, param);
+    } else {
+        descend(render, param.value, 0);
+    }
+    while (has_memory && render.to < limit) {
         if (render.item != no_item) {
-            if (!render_item(render)) return ERROR("memory exhausted! (strdup)");
+            has_memory = render_item(render);
         } else if (!render.pieces.empty()) {
             const pending_piece piece = render.pieces.back();
             render.pieces.pop_back();
@@ -226,6 +254,7 @@ result sprint_eval(listing& print, std::uint32_t root) {
             break;
         }
     }
+    if (!has_memory) return ERROR("memory exhausted! (strdup)");
     print.out.advance(std::min(render.to, limit));
     return result::ok;
 }

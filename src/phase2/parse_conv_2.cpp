@@ -328,9 +328,10 @@ result walk_expression(walk& block) {
         return ERROR("parse expression error: offset=%08X", start);
     }
     const std::uint32_t assign = expr_assign(shared.tree, root);
-    const std::int32_t offset = assign == 0 ? start : shared.tree.items[assign - 1].offset;
-    const code_type type = assign == 0 ? OPERATOR : FUNCTION;
-    const std::uint8_t code = assign == 0 ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
+    const bool is_value = assign == no_item;
+    const std::int32_t offset = is_value ? start : shared.tree.items[assign - 1].offset;
+    const code_type type = is_value ? OPERATOR : FUNCTION;
+    const std::uint8_t code = is_value ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
     const inst_index node = conv_add_node(shared.script, offset, type, code);
     if (node == no_inst) return result::failed;
     link(block, node);

@@ -41,20 +41,24 @@ bool follows_target(const expr_builder& builder, std::uint32_t assign) {
            is_reference(conv_byte(builder.script, items[assign - 1].offset));
 }
 
-// How many items the tree has that an entry ends as `item`, 0 when that is not plain to see.
+// How many items the tree has that an entry ends as `item`, 0 for a ":=" and for what is not plain.
 std::uint32_t extent_of(expr_builder& builder, std::uint32_t item, const entry_reader& entry) {
     if (entry.type == LITERAL || entry.type == BYTE) return 1;
-    if (entry.type == OPERATOR || entry.type == FUNCTION) return find_extent(builder, item, entry.code);
-    if (entry.type != ASSIGN || !follows_target(builder, item)) return 0;
-    builder.lowest = item + 1;
-    return 1;
+    std::uint32_t extent = 0;
+    if (entry.type == OPERATOR || entry.type == FUNCTION) {
+        extent = find_extent(builder, item, entry.code);
+        builder.is_plain &= extent != 0;
+    } else {
+        builder.is_plain &= entry.type == ASSIGN && follows_target(builder, item);
+        builder.lowest = item + 1;
+    }
+    return extent;
 }
 
 // Takes the entry that the reader stands on as the expression's next item.
 result take_item(expr_builder& builder, const entry_reader& entry) {
     inst_tree& tree = builder.script.tree;
     const std::uint32_t extent = extent_of(builder, static_cast<std::uint32_t>(tree.items.size()), entry);
-    if (extent == 0) builder.is_plain = false;
     if (entry.code == OP_INT32) builder.names_block = true;
     return inst_add_item(tree, {entry.offset, extent});
 }
@@ -160,12 +164,13 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
 }
 
 // The ":=" at `assign` and the target before it; a value was built from the entries behind it.
-result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t eval, std::int32_t& rest) {
+result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t& rest) {
     const std::int32_t target = assign - 1;
     if (failed(parse_expr_2(builder, 0, target, rest))) {
-        return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0),
-                     entry_offset(builder, eval), entry_offset(builder, target));
+        return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0), builder.eval_offset,
+                     entry_offset(builder, target));
     }
+    items_of(builder)[assign].extent = 0;
     return result::ok;
 }
 
@@ -182,18 +187,18 @@ void forget_extents(const expr_builder& builder) {
 }
 
 result reparse_eval(expr_builder& builder) {
-    const std::int32_t eval = size_of(builder) - 1;
-    const std::int32_t first_offset = entry_offset(builder, 0);
-    const std::int32_t eval_offset = entry_offset(builder, eval);
-    if (eval == 0) return ERROR("eval without expression: offset=%08X-%08X", first_offset, eval_offset);
+    const std::int32_t eval_offset = builder.eval_offset;
+    const std::int32_t last = size_of(builder) - 1;
+    if (last < 0) return ERROR("eval without expression: offset=%08X-%08X", eval_offset, eval_offset);
 
+    const std::int32_t first_offset = entry_offset(builder, 0);
     forget_extents(builder);
     std::int32_t rest = 0;
-    if (failed(parse_expr_2(builder, 0, eval - 1, rest))) {
+    if (failed(parse_expr_2(builder, 0, last, rest))) {
         return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
-                     entry_offset(builder, eval - 1));
+                     entry_offset(builder, last));
     }
-    if (is_assignment(builder, rest) && failed(parse_assignment(builder, rest, eval, rest))) return result::failed;
+    if (is_assignment(builder, rest) && failed(parse_assignment(builder, rest, rest))) return result::failed;
     if (rest >= 0) {
         return ERROR("parse expression error: offset=%08X, %08X-%08X", entry_offset(builder, rest), first_offset,
                      eval_offset);
@@ -217,16 +222,18 @@ result reparse_var(expr_builder& builder) {
     return result::ok;
 }
 
-// Collects the entries up to the "eval" and moves behind it.
+// Collects the entries in front of the "eval" and moves behind it.
 result collect_expression(expr_builder& builder, entry_reader& entry) {
     const std::int32_t first = entry.offset;
     begin_items(builder);
-    while (!entry.at_end) {
+    for (; !entry.at_end; advance(entry)) {
         if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
+        if (entry.type == OPERATOR && entry.code == OP_EVAL) {
+            builder.eval_offset = entry.offset;
+            advance(entry);
+            return result::ok;
+        }
         if (failed(take_item(builder, entry))) return result::failed;
-        const bool is_eval = entry.type == OPERATOR && entry.code == OP_EVAL;
-        advance(entry);
-        if (is_eval) return result::ok;
     }
     return ERROR("'eval' not found: offset=%08X", first);
 }
@@ -256,8 +263,10 @@ result collect_reference(expr_builder& builder, entry_reader& entry) {
 }
 
 // Whether the items are one tree or an assignment.
-bool is_whole(const expr_builder& builder, std::uint32_t root) {
-    return builder.is_plain && expr_before(builder.script.tree, root) + 1 == builder.lowest;
+bool is_whole(const expr_builder& builder) {
+    const array<expr_item>& items = builder.script.tree.items;
+    const auto end = static_cast<std::uint32_t>(items.size());
+    return builder.is_plain && end != builder.lowest && end - items.back().extent == builder.lowest;
 }
 
 }  // namespace
@@ -266,10 +275,13 @@ result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& r
     TRACE("parse_eval_2(*, *, %d, *): offset=%08X, code=%02X, type=%02X", entry.index, entry.offset, entry.code,
           entry.type);
     if (failed(collect_expression(builder, entry))) return result::failed;
+    if (!is_whole(builder) && failed(reparse_eval(builder))) return result::failed;
     array<expr_item>& items = builder.script.tree.items;
     root = static_cast<std::uint32_t>(items.size() - 1);
-    if (!is_whole(builder, root) && failed(reparse_eval(builder))) return result::failed;
-    items[root].extent = root + 1 - builder.first;
+    if (root == builder.first) {
+        items.pop_back();
+        root = no_item;
+    }
     return result::ok;
 }
 
@@ -278,5 +290,5 @@ result parse_var_2(expr_builder& builder, entry_reader& entry, std::uint32_t& ro
           entry.type);
     if (failed(collect_reference(builder, entry))) return result::failed;
     root = static_cast<std::uint32_t>(builder.script.tree.items.size() - 1);
-    return is_whole(builder, root) ? result::ok : reparse_var(builder);
+    return is_whole(builder) ? result::ok : reparse_var(builder);
 }

@@ -17,12 +17,13 @@ struct expr_builder {
     array<open_expr> open = {};
     std::uint32_t first = 0;      // the expression's first item
     std::uint32_t lowest = 0;     // the lowest item that an operand may have, behind a ":="
+    std::int32_t eval_offset = 0;  // of the "eval" that ends it
     bool is_plain = true;         // every item's tree was found when the item was taken
     bool names_block = false;     // set when an expression has an "int32" literal
 };
 
 // Both build the tree of the expression whose first entry is `entry`, move `entry` behind its
-// last one and give the tree's root item. They fail after their ERROR lines.
+// last one and give what an operand holds of it. They fail after their ERROR lines.
 
 // An expression up to its "eval": a value, or a target, ":=" and a value.
 result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root);

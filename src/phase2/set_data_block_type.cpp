@@ -88,33 +88,33 @@ result visit_operands(typer& typing, std::uint32_t item, std::uint8_t code, bool
     return result::ok;
 }
 
-result visit_item(typer& typing, std::uint32_t item, bool text_context) {
-    const std::int32_t offset = typing.tree.items[item].offset;
-    const std::uint8_t code = conv_byte(typing.script, offset);
-    switch (*offset_table_find(typing.script.code_offset_table, offset)) {
-        case LITERAL:
-            if (code != OP_INT32) return result::ok;
-            return type_block(typing, conv_int32(typing.script, offset + 1), text_context);
-        case OPERATOR:
-        case FUNCTION: {
-            const std::uint32_t assign = code == OP_EVAL ? expr_assign(typing.tree, item) : 0;
-            // Of an assignment only the target is visited.
-            if (assign != 0) return visit_later(typing, assign - 1, text_context);
-            if (code_info[code].num_params == 0) return result::ok;
-            return visit_operands(typing, item, code, text_context);
-        }
-        default: return result::ok;
-    }
+// What is not an operator or function: a literal may name a block.
+result type_leaf(typer& typing, std::int32_t offset, code_type type, bool text_context) {
+    if (type != LITERAL || conv_byte(typing.script, offset) != OP_INT32) return result::ok;
+    return type_block(typing, conv_int32(typing.script, offset + 1), text_context);
 }
 
-result type_expression(typer& typing, std::uint32_t root, bool text_context) {
+result visit_item(typer& typing, std::uint32_t item, bool text_context) {
+    const std::int32_t offset = typing.tree.items[item].offset;
+    const code_type type = *offset_table_find(typing.script.code_offset_table, offset);
+    if (type != OPERATOR && type != FUNCTION) return type_leaf(typing, offset, type, text_context);
+    const std::uint8_t code = conv_byte(typing.script, offset);
+    return code_info[code].num_params == 0 ? result::ok : visit_operands(typing, item, code, text_context);
+}
+
+result type_expression(typer& typing, const operand& value, bool text_context) {
+    if (value.value == no_item) {
+        const code_type type = *offset_table_find(typing.script.code_offset_table, value.offset);
+        return type_leaf(typing, value.offset, type, text_context);
+    }
+    // Of an assignment only the target is visited.
+    const std::uint32_t assign = expr_assign(typing.tree, value.value);
+    const std::uint32_t root = assign == no_item ? value.value : assign - 1;
     if (failed(visit_later(typing, root, text_context))) return result::failed;
     while (!typing.pending.empty()) {
-        const pending_expr& last = typing.pending.back();
-        const std::uint32_t item = last.item;
-        const bool in_text_context = last.text_context;
+        const pending_expr last = typing.pending.back();
         typing.pending.pop_back();
-        if (failed(visit_item(typing, item, in_text_context))) return result::failed;
+        if (failed(visit_item(typing, last.item, last.text_context))) return result::failed;
     }
     return result::ok;
 }
@@ -127,7 +127,7 @@ result type_operands(typer& typing, const inst& node) {
         } else if (param.type == VALUE) {
             const bool is_value_of_str =
                 node.code == OP_DECL && k == 2 && item_code(typing, inst_param(typing.tree, node, 0).value) == OP_STR;
-            if (failed(type_expression(typing, param.value, is_value_of_str))) return result::failed;
+            if (failed(type_expression(typing, param, is_value_of_str))) return result::failed;
         }
     }
     return result::ok;
