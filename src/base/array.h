@@ -63,17 +63,12 @@ public:
     }
     void pop_back() { --size_; }
 
-    // Adds `count` items of any value, for a caller that fills them.
-    [[nodiscard]] bool extend(std::size_t count) {
+    [[nodiscard]] bool append(const T* items, std::size_t count) {
         while (capacity_ - size_ < count) {
             if (!grow()) return false;
         }
+        if (count != 0) std::memcpy(items_ + size_, items, count * sizeof(T));
         size_ += count;
-        return true;
-    }
-    [[nodiscard]] bool append(const T* items, std::size_t count) {
-        if (!extend(count)) return false;
-        if (count != 0) std::memcpy(end() - count, items, count * sizeof(T));
         return true;
     }
 

@@ -32,8 +32,8 @@ constexpr byte_word mark_equal(byte_word word, std::uint8_t byte) { return mark_
 constexpr std::size_t bytes_before(byte_word word) { return static_cast<std::size_t>(std::countr_zero(word)) / 8; }
 
 // The position of the first byte from `position` on that `mark` marks, else `size`.
-template <class marker>
-std::size_t find_marked(const std::uint8_t* bytes, std::size_t position, std::size_t size, marker mark) {
+template <byte_word (*mark)(byte_word)>
+std::size_t find_marked(const std::uint8_t* bytes, std::size_t position, std::size_t size) {
     constexpr std::size_t step = sizeof(byte_word);
     for (; size - position >= step; position += step) {
         const byte_word marked = mark(load_word(bytes + position));

@@ -17,33 +17,38 @@ struct block_kind {
     std::uint8_t grandparent_code = 0;
 };
 
-// The blocks that an opcode closes, one bit each.
-enum block_mask : std::uint8_t {
-    no_block = 0,
-    if_branch = 1,
-    else_branch = 2,
-    answer = 4,
+// What an opcode closes, one bit for each kind of block.
+enum closing : std::uint8_t {
+    closes_nothing = 0,
+    closes_if = 1,
+    closes_else = 2,
+    closes_answer = 4,
 };
 
-constexpr std::array<std::uint8_t, 256> make_closed_blocks() {
-    std::array<std::uint8_t, 256> closed{};
-    closed[OP_ENDIF] = if_branch | else_branch;
-    closed[OP_ELSE] = if_branch;
-    for (const opcode code : {OP_ENDANSWER, OP_KEYWORDS, OP_JUMP, OP_BYE}) closed[code] = answer;
-    return closed;
+constexpr std::array<std::uint8_t, 256> make_closings() {
+    std::array<std::uint8_t, 256> closings{};
+    closings[OP_ENDIF] = closes_if | closes_else;
+    closings[OP_ELSE] = closes_if;
+    for (const opcode code : {OP_ENDANSWER, OP_KEYWORDS, OP_JUMP, OP_BYE}) closings[code] = closes_answer;
+    return closings;
 }
-inline constexpr auto closed_blocks = make_closed_blocks();
+inline constexpr auto closings = make_closings();
 
-constexpr std::uint8_t branch_mask(std::uint8_t parent_code) {
-    return parent_code == OP_IF ? if_branch : parent_code == OP_ELSE ? else_branch : no_block;
-}
-
-// What the closing of ends a block. An answer also ends where the branch is closed in which its
-// keywords statement stands.
-constexpr std::uint8_t closing_mask(block_kind kind) {
-    if (kind.parent_code != OP_KEYWORDS) return branch_mask(kind.parent_code);
-    return answer | branch_mask(kind.grandparent_code);
+// What must be closed to end the branch of a statement.
+constexpr std::uint8_t branch_end(std::uint8_t parent_code) {
+    switch (parent_code) {
+        case OP_IF: return closes_if;
+        case OP_ELSE: return closes_else;
+        default: return closes_nothing;
+    }
 }
 
-// Whether a block ends before this byte.
-constexpr bool closes_block(std::uint8_t code, std::uint8_t mask) { return (closed_blocks[code] & mask) != 0; }
+// What must be closed to end a block. An answer also ends with the branch in which its keywords
+// statement stands.
+constexpr std::uint8_t block_end(block_kind kind) {
+    if (kind.parent_code != OP_KEYWORDS) return branch_end(kind.parent_code);
+    return closes_answer | branch_end(kind.grandparent_code);
+}
+
+// Whether what has this end ends before this byte.
+constexpr bool ends_before(std::uint8_t code, std::uint8_t end) { return (closings[code] & end) != 0; }

@@ -92,8 +92,8 @@ struct alignas(32) code_info_entry {
     code_type type = NONE;
     std::uint8_t num_params = 0;
     std::array<code_type, max_params> params = {};  // the kind of each operand
-    code_type item_type = BYTE;  // inside an expression, where most bytes stand for themselves
-    std::uint8_t item_size = 1;  // bytes of the item there; 0 for a literal that has not one number
+    code_type item_type = BYTE;                     // inside an expression, where most bytes stand for themselves
+    std::uint8_t item_size = 1;                     // bytes of the item there; 0 for a literal that has not one number
 };
 
 // The table of the selected game. Only select_game_mode writes it.

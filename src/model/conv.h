@@ -23,7 +23,7 @@ struct conv {
     conv(const conv&) = delete;
     conv& operator=(const conv&) = delete;
 
-    std::uint32_t npc_id = no_npc_id;  // of the "sident" statement
+    std::uint32_t npc_id = no_npc_id;                  // of the "sident" statement
     fixed_offset_table<code_marks> code_offset_table;  // what starts at each decoded position
     fixed_offset_table<jump_marks> jump_offset_table;  // jump targets, all of type NONE
     fixed_offset_table<data_marks> data_offset_table;  // data block starts, all of type DATA
@@ -56,7 +56,8 @@ template <int bytes>
 std::uint32_t conv_number(const conv& script, std::int32_t offset) {
     const std::int32_t inside = conv_has(script, offset) ? std::min(bytes, script.data_size - offset) : 0;
     std::uint32_t number = 0;
-    for (std::int32_t i = 0; i < inside; ++i) number |= static_cast<std::uint32_t>(conv_byte(script, offset + i)) << (8 * i);
+    for (std::int32_t i = 0; i < inside; ++i)
+        number |= static_cast<std::uint32_t>(conv_byte(script, offset + i)) << (8 * i);
     return number;
 }
 inline std::uint32_t conv_int16(const conv& script, std::int32_t offset) { return conv_number<2>(script, offset); }
@@ -72,6 +73,7 @@ result add_data_offset(conv& script, std::int32_t offset);
 // Records a data block start, in the code and in the data offset table.
 result add_data_block(conv& script, std::int32_t offset);
 
+// Reports that the code offset table could not take an entry.
 failure report_code_table();
 
 inline result add_code_offset(conv& script, std::int32_t offset, code_type type) {

@@ -50,7 +50,7 @@ concept any_offset_table = std::is_base_of_v<offset_table, table>;
 
 inline mark_bits bits_of(const offset_table& table) { return table.bits; }
 template <mark_bits known>
-constexpr mark_bits bits_of(const fixed_offset_table<known>&) {
+constexpr mark_bits bits_of(const fixed_offset_table<known>& /*table*/) {
     return known;
 }
 

@@ -14,7 +14,7 @@ struct text_end {
 text_end find_text_end(std::span<const std::uint8_t> bytes) {
     std::size_t position = 0;
     for (;;) {
-        position = find_marked(bytes.data(), position, bytes.size(), mark_special);
+        position = find_marked<mark_special>(bytes.data(), position, bytes.size());
         if (position == bytes.size()) return {position, text_end::proper};
         if (code_types[bytes[position]] == TEXT) {
             ++position;

@@ -99,9 +99,10 @@ void print_deep_indent(writer& out, int n);
 
 // Four spaces, n times.
 inline void print_indent(writer& out, int n) {
-    constexpr int usual = 8;  // up to here a copy of fixed size does
-    if (n < 0 || n > usual) return print_deep_indent(out, n);
+    constexpr std::size_t usual = 8;  // up to here a copy of fixed size does
+    const auto depth = static_cast<std::size_t>(n);
+    if (depth > usual) return print_deep_indent(out, n);
     char* const to = out.room(4 * usual);
     std::memset(to, ' ', 4 * usual);
-    out.advance(to + 4 * n);
+    out.advance(to + 4 * depth);
 }

@@ -19,9 +19,9 @@ constexpr char escape_letter(std::uint8_t byte) {
 }
 
 // Where the next byte stands that `mark` marks.
-template <class marker>
-std::size_t next_marked(std::string_view text, std::size_t position, marker mark) {
-    return find_marked(reinterpret_cast<const std::uint8_t*>(text.data()), position, text.size(), mark);
+template <byte_word (*mark)(byte_word)>
+std::size_t next_marked(std::string_view text, std::size_t position) {
+    return find_marked<mark>(reinterpret_cast<const std::uint8_t*>(text.data()), position, text.size());
 }
 
 // Marks what is escaped or opens a passage, and what only looks so.
@@ -35,7 +35,7 @@ void escape_text(writer& out, std::string_view text, bool& in_passage) {
     std::size_t copied = 0;
     std::size_t position = 0;
     while (position < text.size()) {
-        if (!in_passage) position = next_marked(text, position, mark_escaped);
+        if (!in_passage) position = next_marked<mark_escaped>(text, position);
         if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (const char letter = escape_letter(byte); letter != 0) {
@@ -99,7 +99,7 @@ std::string_view text_of(const conv& script, const operand& param) {
 result check_text(std::string_view text) {
     bool in_passage = false;
     for (std::size_t position = 0; position < text.size(); ++position) {
-        if (!in_passage) position = next_marked(text, position, mark_special);
+        if (!in_passage) position = next_marked<mark_special>(text, position);
         if (position == text.size()) break;
         const std::uint8_t byte = byte_at(text, position);
         if (!in_passage) {

@@ -216,12 +216,11 @@ result walk_end_of_chain(walk& block, bool chain_exit) {
         trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
         return result::ok;
     }
-    if (chain_exit || closes_block(entry.code, branch_mask(block.kind.parent_code)) || entry.type == DATA) {
+    if (chain_exit || ends_before(entry.code, branch_end(block.kind.parent_code)) || entry.type == DATA) {
         WARNING("'endanswer' not found ... ignore");
         return result::ok;
     }
-    return ERROR("'endanswer' not found: offset=%08X, code=%02X, type=%02X", entry.offset, entry.code,
-                 entry.type);
+    return ERROR("'endanswer' not found: offset=%08X, code=%02X, type=%02X", entry.offset, entry.code, entry.type);
 }
 
 result walk_keywords_chain(walk& block) {
@@ -361,7 +360,7 @@ result walk_step(walk& block) {
 // Walks to the entry that closes the block, a data block or the table's end.
 result walk_block(walk& block) {
     const entry_reader& entry = block.shared.entry;
-    const std::uint8_t mask = closing_mask(block.kind);
+    const std::uint8_t end = block_end(block.kind);
     while (!entry.at_end) {
         if (entry.type == DATA) {
             INFORMATION(1, "code break by data block: offset=%08X", entry.offset);
@@ -372,7 +371,7 @@ result walk_block(walk& block) {
             if (failed(walk_data_block(block))) return result::failed;
             continue;
         }
-        if (closes_block(entry.code, mask)) return result::ok;
+        if (ends_before(entry.code, end)) return result::ok;
         if (failed(walk_step(block))) return result::failed;
     }
     return result::ok;

@@ -7,7 +7,7 @@
 
 // An operator or function that still waits for operands, the first ones.
 struct open_expr {
-    std::int32_t entry;    // among the expression's entries
+    std::int32_t entry;  // among the expression's entries
     std::int32_t missing;
 };
 
@@ -15,11 +15,11 @@ struct open_expr {
 struct expr_builder {
     conv& script;
     array<open_expr> open = {};
-    std::uint32_t first = 0;      // the expression's first item
-    std::uint32_t lowest = 0;     // the lowest item that an operand may have, behind a ":="
+    std::uint32_t first = 0;       // the expression's first item
+    std::uint32_t lowest = 0;      // the lowest item that an operand may have, behind a ":="
     std::int32_t eval_offset = 0;  // of the "eval" that ends it
-    bool is_plain = true;         // every item's tree was found when the item was taken
-    bool names_block = false;     // set when an expression has an "int32" literal
+    bool is_plain = true;          // every item's tree was found when the item was taken
+    bool names_block = false;      // set when an expression has an "int32" literal
 };
 
 // Both build the tree of the expression whose first entry is `entry`, move `entry` behind its

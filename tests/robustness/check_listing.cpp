@@ -89,7 +89,8 @@ std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& 
         return later == no_inst || node.offset < tree.nodes[later].offset;
     };
     for (const inst& node : tree.nodes) {
-        if (!rises_to(node, node.next) || !rises_to(node, inst_subblock(tree, node))) return "a list's offsets do not rise";
+        if (!rises_to(node, node.next) || !rises_to(node, inst_subblock(tree, node)))
+            return "a list's offsets do not rise";
     }
     const auto fall = std::adjacent_find(printed.begin(), printed.end(), std::greater_equal());
     return fall == printed.end() ? "" : "the listing goes back";
