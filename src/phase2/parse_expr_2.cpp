@@ -11,7 +11,7 @@ std::int32_t size_of(const expr_builder& builder) {
     return static_cast<std::int32_t>(builder.script.tree.items.size() - builder.first);
 }
 
-// Begins an expression at the entry that the reader stands on.
+// Begins an expression.
 void begin_items(expr_builder& builder) {
     builder.first = static_cast<std::uint32_t>(builder.script.tree.items.size());
     builder.lowest = builder.first;
