@@ -90,19 +90,24 @@ inline char* put_label(char* to, const conv& script, std::uint32_t offset) {
 inline constexpr std::size_t label_size = 14;
 inline constexpr std::size_t max_decimal_size = 10;
 
-// The name of an opcode.
-inline void print_name(writer& out, std::uint8_t code) {
-    out.advance(code_info[code].name.copy_padded(out.room(code_name::max_size)));
-}
+// The name of an opcode, in a place for code_name::max_size characters.
+inline char* put_name(char* to, std::uint8_t code) { return code_info[code].name.copy_padded(to); }
 
 void print_deep_indent(writer& out, int n);
 
-// Four spaces, n times.
-inline void print_indent(writer& out, int n) {
+// Begins a line with four spaces, n times, and gives the place behind them, which has room for `size`
+// characters; advance() takes what of it was filled.
+inline char* begin_line(writer& out, int n, std::size_t size) {
     constexpr std::size_t usual = 8;  // up to here a copy of fixed size does
     const auto depth = static_cast<std::size_t>(n);
-    if (depth > usual) return print_deep_indent(out, n);
-    char* const to = out.room(4 * usual);
+    if (depth > usual) {
+        print_deep_indent(out, n);
+        return out.room(size);
+    }
+    char* const to = out.room(4 * usual + size);
     std::memset(to, ' ', 4 * usual);
-    out.advance(to + 4 * depth);
+    return to + 4 * depth;
 }
+
+// Four spaces, n times.
+inline void print_indent(writer& out, int n) { out.advance(begin_line(out, n, 0)); }

@@ -132,8 +132,7 @@ result print_text(listing& print, const inst& node, int depth) {
     while (!rest.empty()) {
         const std::size_t newline = rest.find('\n');  // never the trail byte of a character
         const std::string_view line = first_part(rest, newline == std::string_view::npos ? newline : newline + 1);
-        print_indent(out, depth);
-        out.put('"');
+        out.advance(put_text(begin_line(out, depth, 1), "\""));
         escape_text(out, line, in_passage);
         rest.remove_prefix(line.size());
         // A passage that ends right behind the newline ends on the newline's line.

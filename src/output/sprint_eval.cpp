@@ -108,7 +108,7 @@ void descend(renderer& render, std::uint32_t item, std::uint8_t parent) {
 }
 
 void render_text(renderer& render, std::string_view text) { render.to = put_text(render.to, text); }
-void render_name(renderer& render, std::uint8_t code) { render.to = code_info[code].name.copy_padded(render.to); }
+void render_name(renderer& render, std::uint8_t code) { render.to = put_name(render.to, code); }
 void render_number(renderer& render, std::uint32_t number) { render.to = put_decimal(render.to, number); }
 
 void render_infix(renderer& render, std::uint8_t code) {
