@@ -8,7 +8,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[1]
 UNSEEN = {
     "shown by the test with failing allocations": [
         "ERROR(*): memory exhausted! (size=%zu)", "ERROR(*): memory exhausted! (size=%d)",
-        "ERROR(*): memory exhausted! (strdup)",
+        "ERROR(*): memory exhausted! (strdup)", "ERROR: memory exhausted! (size=%d)",
         "ERROR(*): can't add code offset table", "ERROR(*): can't add jump offset table",
         "ERROR(*): can't add data offset table"],
     "takes memory that runs out in a message longer than the writer has room": [

@@ -63,6 +63,9 @@ public:
     }
     void pop_back() { --size_; }
 
+    // Makes room for a first item.
+    [[nodiscard]] bool reserve() { return capacity_ != 0 || grow(); }
+
     [[nodiscard]] bool append(const T* items, std::size_t count) {
         while (capacity_ - size_ < count) {
             if (!grow()) return false;

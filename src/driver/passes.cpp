@@ -41,6 +41,8 @@ result analyse(conv& script) {
 }
 
 result print_script(conv& script, const named_writer& listing_file, const named_writer& text_file) {
+    // An ordinary listing needs no more for its counts, so that memory does not run out in its middle.
+    if (!script.dump_count.reserve()) return RUN_ERROR("memory exhausted! (size=%d)", script.data_size);
     if (script.npc_id == no_npc_id) report("WARNING", "no npc id");
     if (verbose(1)) {
         report_offsets("jump", script.jump_offset_table);

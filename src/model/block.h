@@ -34,8 +34,8 @@ constexpr std::array<std::uint8_t, 256> make_closings() {
 }
 inline constexpr auto closings = make_closings();
 
-// What must be closed to end the branch of a statement.
-constexpr std::uint8_t branch_end(std::uint8_t parent_code) {
+// What closes the branch of a statement.
+constexpr std::uint8_t branch_closers(std::uint8_t parent_code) {
     switch (parent_code) {
         case OP_IF: return closes_if;
         case OP_ELSE: return closes_else;
@@ -43,12 +43,12 @@ constexpr std::uint8_t branch_end(std::uint8_t parent_code) {
     }
 }
 
-// What must be closed to end a block. An answer also ends with the branch in which its keywords
-// statement stands.
-constexpr std::uint8_t block_end(block_kind kind) {
-    if (kind.parent_code != OP_KEYWORDS) return branch_end(kind.parent_code);
-    return closes_answer | branch_end(kind.grandparent_code);
+// What closes a block. What closes the branch in which a keywords statement stands closes its answer
+// as well.
+constexpr std::uint8_t closers_of(block_kind kind) {
+    if (kind.parent_code != OP_KEYWORDS) return branch_closers(kind.parent_code);
+    return closes_answer | branch_closers(kind.grandparent_code);
 }
 
-// Whether what has this end ends before this byte.
-constexpr bool ends_before(std::uint8_t code, std::uint8_t end) { return (closings[code] & end) != 0; }
+// Whether a byte is one of the closers, which is to say that the block ends before it.
+constexpr bool is_closer(std::uint8_t code, std::uint8_t closers) { return (closings[code] & closers) != 0; }

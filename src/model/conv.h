@@ -32,7 +32,7 @@ struct conv {
     array<std::uint8_t> buffer;  // the whole script file
     std::int32_t data_size = 0;  // its size in bytes
     bool dump = false;
-    array<dump_change> dump_count;  // how often each byte was dumped
+    array<dump_change> dump_count;  // how often each byte was dumped: where that changes
 };
 
 // Makes the record of a script that is not loaded yet. Called once for each run.
@@ -78,10 +78,4 @@ failure report_code_table();
 
 inline result add_code_offset(conv& script, std::int32_t offset, code_type type) {
     return failed(offset_table_add(script.code_offset_table, offset, type)) ? report_code_table() : result::ok;
-}
-
-// Adds a node to the script's tree as inst_new does, and counts it where a jump leads to it.
-inline inst_index conv_add_node(conv& script, std::int32_t offset, code_type type, std::uint8_t code) {
-    if (offset_table_find(script.jump_offset_table, offset)) ++script.tree.labelled;
-    return inst_new(script.tree, offset, type, code);
 }

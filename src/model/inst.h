@@ -48,7 +48,7 @@ struct expr_item {
 };
 inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
-// A block start, which is no block yet: where data begins, by the words of the code.
+// A walked node that began as DATA.
 struct block_start {
     std::int32_t offset;
     inst_index node;
@@ -59,12 +59,12 @@ struct block_start {
 struct inst_tree {
     inst_index root = no_inst;
     std::uint32_t walked = 0;   // nodes that phase 2 walked
-    std::int32_t labelled = 0;  // nodes that jumps lead to
+    std::int32_t labelled = 0;  // walked nodes that jumps lead to
     array<inst> nodes;
     array<operand> operands;
     array<expr_item> items;
     array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
-    array<block_start> blocks;      // walked nodes of type DATA, ascending
+    array<block_start> blocks;      // ascending
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.

@@ -57,6 +57,10 @@ constexpr mark_bits bits_of(const fixed_offset_table<known>& /*table*/) {
 // Makes an empty table over a script of `script_size` bytes. The marks are `inside`, which all
 // tables of the script share and which the first entry inside the script allocates.
 void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::int32_t script_size);
+template <mark_bits known>
+void offset_table_init(fixed_offset_table<known>& table, marks& inside, std::int32_t script_size) {
+    offset_table_init(table, known, inside, script_size);
+}
 // Releases what the table alone owns.
 void offset_table_free(offset_table& table);
 
@@ -93,10 +97,11 @@ constexpr std::uint8_t mark_of(code_type type, mark_bits bits) {
     return static_cast<std::uint8_t>((type - bits.first_type + 1) << bits.shift);
 }
 
-// The entries among the eight marks behind an offset inside the script, 0 also near its end.
+// The entries among the eight marks behind an offset; 0 also near the script's end and outside it.
 byte_word next_entries(const any_offset_table auto& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
-    if (position + sizeof(byte_word) >= table.inside->size()) return 0;
+    const std::size_t size = table.inside->size();
+    if (position >= size || size - position <= sizeof(byte_word)) return 0;
     return entries_in(load_word(table.inside->data() + position + 1), bits_of(table));
 }
 

@@ -11,5 +11,5 @@
 result print_dump(listing& print, std::int32_t offset, std::int32_t size);
 
 // Writes to the messages every stretch of the script that was dumped other than exactly once.
-// The counts are put in order for it.
+// Puts the changes of the counts in order.
 void report_dump_count(conv& script);

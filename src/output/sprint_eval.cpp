@@ -79,7 +79,7 @@ bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::ui
         const std::uint8_t code = item_code(render, item);
         if (code == OP_EVAL) {
             if (!options.omit_eval) return false;
-            item = item - 1;
+            --item;
         } else {
             if (is_wrapped(code, parent)) return true;
             item = operands_of(render, item).left;

@@ -192,7 +192,7 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
         ++block.cursor;
         return result::ok;
     }
-    if (chain_exit || ends_before(code, branch_end(block.kind.parent_code)) ||
+    if (chain_exit || is_closer(code, branch_closers(block.kind.parent_code)) ||
         offset_table_find(block.script.data_offset_table, block.cursor)) {
         WARNING("'endanswer' not found ... ignore: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor,
                 code);
@@ -362,7 +362,7 @@ result walk_top_level_step(walk& block, std::uint8_t code) {
 // Walks to the byte that closes the block, a data block or the script's end.
 result walk_block(walk& block) {
     const auto [parent_code, grandparent_code] = block.kind;
-    const std::uint8_t end = block_end(block.kind);
+    const std::uint8_t closers = closers_of(block.kind);
     DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
     while (!at_end(block)) {
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
@@ -370,7 +370,7 @@ result walk_block(walk& block) {
             continue;
         }
         const std::uint8_t code = byte_at_cursor(block);
-        if (ends_before(code, end)) {
+        if (is_closer(code, closers)) {
             DEBUG("return to parent: offset=%08X, code=%02X, parent=%02X, %02X", block.cursor, code, parent_code,
                   grandparent_code);
             break;

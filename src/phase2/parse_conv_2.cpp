@@ -26,6 +26,12 @@ struct walk {
 
 result walk_block(walk& block);
 
+// Makes a node and counts it where a jump leads to it.
+inst_index new_node(conv& script, std::int32_t offset, code_type type, std::uint8_t code) {
+    if (offset_table_find(script.jump_offset_table, offset)) ++script.tree.labelled;
+    return inst_new(script.tree, offset, type, code);
+}
+
 // The first node of a sub block follows its owner at once.
 void link(walk& block, inst_index node) {
     inst_tree& tree = block.shared.tree;
@@ -42,7 +48,7 @@ void link(walk& block, inst_index node) {
 // Makes a node of the entry, links it and moves on.
 inst_index take_node(walk& block, code_type type, std::uint8_t code) {
     walker& shared = block.shared;
-    const inst_index node = conv_add_node(shared.script, shared.entry.offset, type, code);
+    const inst_index node = new_node(shared.script, shared.entry.offset, type, code);
     if (node == no_inst || (type == DATA && failed(inst_add_block(shared.tree, node)))) return no_inst;
     link(block, node);
     advance(shared.entry);
@@ -216,7 +222,7 @@ result walk_end_of_chain(walk& block, bool chain_exit) {
         trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
         return result::ok;
     }
-    if (chain_exit || ends_before(entry.code, branch_end(block.kind.parent_code)) || entry.type == DATA) {
+    if (chain_exit || is_closer(entry.code, branch_closers(block.kind.parent_code)) || entry.type == DATA) {
         WARNING("'endanswer' not found ... ignore");
         return result::ok;
     }
@@ -331,7 +337,7 @@ result walk_expression(walk& block) {
     const std::int32_t offset = is_value ? start : shared.tree.items[assign - 1].offset;
     const code_type type = is_value ? OPERATOR : FUNCTION;
     const std::uint8_t code = is_value ? std::uint8_t{OP_EVAL} : conv_byte(shared.script, offset);
-    const inst_index node = conv_add_node(shared.script, offset, type, code);
+    const inst_index node = new_node(shared.script, offset, type, code);
     if (node == no_inst) return result::failed;
     link(block, node);
     if (failed(inst_add_param(shared.tree, node, {start, root, VALUE}))) return result::failed;
@@ -360,7 +366,7 @@ result walk_step(walk& block) {
 // Walks to the entry that closes the block, a data block or the table's end.
 result walk_block(walk& block) {
     const entry_reader& entry = block.shared.entry;
-    const std::uint8_t end = block_end(block.kind);
+    const std::uint8_t closers = closers_of(block.kind);
     while (!entry.at_end) {
         if (entry.type == DATA) {
             INFORMATION(1, "code break by data block: offset=%08X", entry.offset);
@@ -371,7 +377,7 @@ result walk_block(walk& block) {
             if (failed(walk_data_block(block))) return result::failed;
             continue;
         }
-        if (ends_before(entry.code, end)) return result::ok;
+        if (is_closer(entry.code, closers)) return result::ok;
         if (failed(walk_step(block))) return result::failed;
     }
     return result::ok;

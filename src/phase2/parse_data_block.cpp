@@ -20,7 +20,7 @@ struct block_parser {
 
 // Inserts a node behind the last element.
 result insert_node(block_parser& parser, std::int32_t offset, code_type type) {
-    const inst_index node = conv_add_node(parser.script, offset, type, conv_byte(parser.script, offset));
+    const inst_index node = inst_new(parser.tree, offset, type, conv_byte(parser.script, offset));
     if (node == no_inst) return result::failed;
     parser.tree.nodes[node].next = parser.tree.nodes[parser.last].next;
     parser.tree.nodes[parser.last].next = node;

@@ -41,8 +41,8 @@ bool follows_target(const expr_builder& builder, std::uint32_t assign) {
            is_reference(conv_byte(builder.script, items[assign - 1].offset));
 }
 
-// How many items the tree has that an entry ends as `item`, 0 for a ":=" and for what is not plain.
-std::uint32_t extent_of(expr_builder& builder, std::uint32_t item, const entry_reader& entry) {
+// Finds the tree that an entry ends as `item` and gives its extent, 0 for a ":=" and for what is not plain.
+std::uint32_t close_tree(expr_builder& builder, std::uint32_t item, const entry_reader& entry) {
     if (entry.type == LITERAL || entry.type == BYTE) return 1;
     std::uint32_t extent = 0;
     if (entry.type == OPERATOR || entry.type == FUNCTION) {
@@ -58,7 +58,7 @@ std::uint32_t extent_of(expr_builder& builder, std::uint32_t item, const entry_r
 // Takes the entry that the reader stands on as the expression's next item.
 result take_item(expr_builder& builder, const entry_reader& entry) {
     inst_tree& tree = builder.script.tree;
-    const std::uint32_t extent = extent_of(builder, static_cast<std::uint32_t>(tree.items.size()), entry);
+    const std::uint32_t extent = close_tree(builder, static_cast<std::uint32_t>(tree.items.size()), entry);
     if (entry.code == OP_INT32) builder.names_block = true;
     return inst_add_item(tree, {entry.offset, extent});
 }

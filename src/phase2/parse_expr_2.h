@@ -23,7 +23,8 @@ struct expr_builder {
 };
 
 // Both build the tree of the expression whose first entry is `entry`, move `entry` behind its
-// last one and give what an operand holds of it. They fail after their ERROR lines.
+// last one and give its root item, or no_item for a value of one item. They fail after their ERROR
+// lines.
 
 // An expression up to its "eval": a value, or a target, ":=" and a value.
 result parse_eval_2(expr_builder& builder, entry_reader& entry, std::uint32_t& root);

@@ -74,11 +74,11 @@ bool is_text_operand(std::uint8_t code, std::int32_t k, bool text_context, std::
 // Plans the visit of an operator's or function's operands, so that the first comes first.
 result visit_operands(typer& typing, std::uint32_t item, std::uint8_t code, bool text_context) {
     const code_info_entry& info = code_info[code];
-    std::uint32_t operand_item = item - 1;  // of the last operand
-    const std::uint32_t before_last = expr_before(typing.tree, operand_item);
+    const std::uint32_t last = item - 1;
+    std::uint32_t operand_item = last;
     for (std::int32_t k = info.num_params - 1; k >= 0; --k) {
-        const bool has_other = info.num_params == 2;
-        const std::uint8_t other = has_other ? item_code(typing, k == 1 ? before_last : item - 1) : std::uint8_t{0};
+        std::uint8_t other = 0;
+        if (info.num_params == 2) other = item_code(typing, k == 0 ? last : expr_before(typing.tree, last));
         if (info.params[static_cast<std::size_t>(k)] == VALUE &&
             failed(visit_later(typing, operand_item, is_text_operand(code, k, text_context, other)))) {
             return result::failed;

@@ -118,6 +118,16 @@ std::string check_labels(const listing_run& run, const std::vector<std::int32_t>
     return {};
 }
 
+std::string check_targets(const conv& script) {
+    std::set<std::int32_t> offsets;
+    for (const inst& node : script.tree.nodes) offsets.insert(node.offset);
+    const offset_table& targets = script.jump_offset_table;
+    for (auto target = offset_table_first(targets); target; target = offset_table_first_above(targets, *target)) {
+        if (!offsets.contains(*target)) return "a jump leads to no node";
+    }
+    return {};
+}
+
 // How often each byte was counted, modulo 256.
 std::vector<std::uint8_t> counted(const conv& script) {
     std::vector<std::uint8_t> counts(script.buffer.size() + 1);
@@ -154,6 +164,7 @@ std::string check_success(const listing_run& run, const listing_request& request
     std::vector<std::int32_t> printed;
     add_printed(run.script.tree, run.script.tree.root, printed);
     std::string fault = check_order(run.script.tree, printed);
+    if (fault.empty()) fault = check_targets(run.script);
     if (fault.empty()) fault = check_labels(run, printed);
     if (fault.empty() && request.dump) fault = check_dump(run, bytes);
     return fault;
