@@ -52,6 +52,7 @@ inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 struct block_start {
     std::int32_t offset;
     inst_index node;
+    code_type type = DATA;  // what it is found to be
 };
 
 // Nodes stand in ascending order of their offsets, first those that phase 2 walked, each before its

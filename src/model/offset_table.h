@@ -71,6 +71,12 @@ void offset_table_free(offset_table& table);
 // memory runs out.
 result offset_table_add(any_offset_table auto& table, std::int32_t offset, code_type type);
 
+// Tells the machine that the offset will soon be added or looked for.
+inline void offset_table_fetch(const offset_table& table, std::int32_t offset) {
+    const auto position = static_cast<std::uint32_t>(offset);
+    if (position < table.inside->size()) __builtin_prefetch(table.inside->data() + position, 1);
+}
+
 // The type recorded at exactly this offset, if any.
 std::optional<code_type> offset_table_find(const any_offset_table auto& table, std::int32_t offset);
 

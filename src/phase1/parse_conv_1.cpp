@@ -1,6 +1,7 @@
 #include "phase1/parse_conv_1.h"
 
 #include <algorithm>
+#include <array>
 #include <functional>
 #include <limits>
 #include <optional>
@@ -18,8 +19,12 @@ struct walker {
     conv& script;
     // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
     // lowest on top. Those walked since are dropped when they come up.
-    array<std::int32_t> open_targets;
-    path_memory memory;
+    array<std::int32_t> open_targets = {};
+    // Jump targets lie anywhere, so that recording one waits for memory. The last few are put off
+    // until their marks have been fetched.
+    std::array<std::int32_t, 32> new_targets = {};
+    std::size_t num_new_targets = 0;
+    path_memory memory = {};
     int sidents = 0;  // how often the npc id was taken
     int depth = 0;
 };
@@ -52,11 +57,9 @@ result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Records the target of a jump whose operand is at `operand`.
-result add_jump_target(walk& block, std::int32_t operand) {
-    conv& script = block.script;
-    array<std::int32_t>& open = block.shared.open_targets;
-    const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
+result record_target(walker& shared, std::int32_t target) {
+    conv& script = shared.script;
+    array<std::int32_t>& open = shared.open_targets;
     const std::int32_t inserted = script.jump_offset_table.inserted;
     if (failed(add_jump_offset(script, target))) return result::failed;
     const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
@@ -66,16 +69,38 @@ result add_jump_target(walk& block, std::int32_t operand) {
     return result::ok;
 }
 
-// The lowest jump target that was not walked yet. Targets below 0 are left to the jump check.
-std::optional<std::int32_t> take_open_target(walker& shared) {
-    array<std::int32_t>& open = shared.open_targets;
-    while (!open.empty()) {
-        const std::int32_t target = open[0];
-        if (!offset_table_find(shared.script.code_offset_table, target)) return target;
-        std::pop_heap(open.begin(), open.end(), std::greater());
-        open.pop_back();
+// To be called before the jump targets are looked at.
+result record_new_targets(walker& shared) {
+    const std::size_t count = std::exchange(shared.num_new_targets, 0);
+    for (std::size_t i = 0; i < count; ++i) {
+        if (failed(record_target(shared, shared.new_targets[i]))) return result::failed;
     }
-    return std::nullopt;
+    return result::ok;
+}
+
+// Takes the target of a jump whose operand is at `operand`.
+result add_jump_target(walk& block, std::int32_t operand) {
+    walker& shared = block.shared;
+    const auto target = static_cast<std::int32_t>(conv_int32(block.script, operand));
+    offset_table_fetch(block.script.jump_offset_table, target);
+    shared.new_targets[shared.num_new_targets++] = target;
+    return shared.num_new_targets == shared.new_targets.size() ? record_new_targets(shared) : result::ok;
+}
+
+// Finds the lowest jump target that was not walked yet, no_target if there is none. Targets below 0
+// are left to the jump check.
+constexpr std::int32_t no_target = -1;
+result take_open_target(walker& shared, std::int32_t& target) {
+    if (failed(record_new_targets(shared))) return result::failed;
+    array<std::int32_t>& open = shared.open_targets;
+    for (target = no_target; !open.empty(); open.pop_back()) {
+        if (!offset_table_find(shared.script.code_offset_table, open[0])) {
+            target = open[0];
+            break;
+        }
+        std::pop_heap(open.begin(), open.end(), std::greater());
+    }
+    return result::ok;
 }
 
 // Steps over the text at the cursor and records where it begins.
@@ -315,7 +340,8 @@ result walk_statement(walk& block, std::uint8_t code) {
 // An expression that stands as a statement. One that fails may turn out to be a data block.
 result walk_expression(walk& block) {
     DEBUG("EXPR: offset=%08X", block.cursor);
-    if (failed(walk_expression_operand(block)) && failed(recover_as_data_block(block.script, block.cursor))) {
+    if (failed(walk_expression_operand(block)) &&
+        (failed(record_new_targets(block.shared)) || failed(recover_as_data_block(block.script, block.cursor)))) {
         return result::failed;
     }
     DEBUG("EXPR END: offset=%08X", block.cursor);
@@ -335,19 +361,22 @@ result walk_step(walk& block, std::uint8_t code) {
     }
 }
 
-// At a data block start. Returns whether the walk goes on, at another offset.
-bool walk_past_data_block(walk& block) {
+// At a data block start. `goes_on` tells whether the walk does, at another offset.
+result walk_past_data_block(walk& block, bool& goes_on) {
+    goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
     if (block.kind.parent_code != 0) {
         INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
-        return false;
+        return result::ok;
     }
-    const auto target = take_open_target(block.shared);
-    if (!target) return false;
-    const std::int32_t end = std::exchange(block.cursor, *target);
+    std::int32_t target = no_target;
+    if (failed(take_open_target(block.shared, target))) return result::failed;
+    if (target == no_target) return result::ok;
+    const std::int32_t end = std::exchange(block.cursor, target);
     INFORMATION(1, "next offset=%08X", block.cursor);
     finish_path(block.shared.memory, block.script, end);
-    return true;
+    goes_on = true;
+    return result::ok;
 }
 
 // A step of the top-level walk, unless the way from here on is known.
@@ -366,7 +395,9 @@ result walk_block(walk& block) {
     DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
     while (!at_end(block)) {
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
-            if (!walk_past_data_block(block)) break;
+            bool goes_on = false;
+            if (failed(walk_past_data_block(block, goes_on))) return result::failed;
+            if (!goes_on) break;
             continue;
         }
         const std::uint8_t code = byte_at_cursor(block);
@@ -387,7 +418,7 @@ result walk_block(walk& block) {
 }  // namespace
 
 result parse_conv_1(conv& script) {
-    walker shared = {script, {}, {}};
+    walker shared = {.script = script};
     walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
-    return walk_block(top_level);
+    return failed(walk_block(top_level)) ? result::failed : record_new_targets(shared);
 }

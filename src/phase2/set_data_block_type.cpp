@@ -15,42 +15,56 @@ struct typer {
     conv& script;
     inst_tree& tree;
     array<pending_expr> pending = {};
-    std::size_t block = 0;  // among the tree's, where the last one named would be
+    // The tree's blocks by the script's stretches of `stretch` bytes: the first block of each stretch
+    // or behind it, and one entry more.
+    array<std::uint32_t> directory = {};
+    std::int32_t stretch = 0;
 };
 
 std::uint8_t item_code(const typer& typing, std::uint32_t item) {
     return conv_byte(typing.script, typing.tree.items[item].offset);
 }
 
-// The node of the block at `offset`, else of whatever begins there, or no_inst. Code mostly names
-// blocks near each other, so that the search widens from the last one.
-inst_index find_block(typer& typing, std::int32_t offset) {
+// Stretches are as many as blocks, about, so that most hold one or two.
+result build_directory(typer& typing) {
     const array<block_start>& blocks = typing.tree.blocks;
-    std::size_t low = typing.block;
-    std::size_t high = typing.block;
-    for (std::size_t step = 1; low > 0 && blocks[low - 1].offset >= offset; step *= 2) low -= std::min(step, low);
-    for (std::size_t step = 1; high < blocks.size() && blocks[high].offset < offset; step *= 2)
-        high += std::min(step, blocks.size() - high);
-    const block_start* const found =
-        std::lower_bound(blocks.begin() + low, blocks.begin() + high, offset,
-                         [](const block_start& block, std::int32_t wanted) { return block.offset < wanted; });
-    typing.block = static_cast<std::size_t>(found - blocks.begin());
-    if (found != blocks.end() && found->offset == offset) return found->node;
-    return inst_find(typing.tree, offset);
+    const std::int32_t size = typing.script.data_size;
+    typing.stretch = size / static_cast<std::int32_t>(blocks.size() + 1) + 1;
+    std::uint32_t block = 0;
+    for (std::int64_t start = 0; start < size; start += typing.stretch) {
+        while (block < blocks.size() && blocks[block].offset < start) ++block;
+        if (failed(push(typing.directory, block))) return result::failed;
+    }
+    return push(typing.directory, static_cast<std::uint32_t>(blocks.size()));
+}
+
+// The type of the block at `offset`, else of whatever begins there, or null.
+code_type* find_type(const typer& typing, std::int32_t offset) {
+    block_start* first = typing.tree.blocks.begin();
+    block_start* end = typing.tree.blocks.end();
+    if (conv_has(typing.script, offset)) {
+        const auto stretch = static_cast<std::size_t>(offset / typing.stretch);
+        end = first + typing.directory[stretch + 1];
+        first += typing.directory[stretch];
+    }
+    block_start* const found = std::lower_bound(
+        first, end, offset, [](const block_start& block, std::int32_t wanted) { return block.offset < wanted; });
+    if (found != end && found->offset == offset) return &found->type;
+    const inst_index node = inst_find(typing.tree, offset);
+    return node == no_inst ? nullptr : &typing.tree.nodes[node].type;
 }
 
 result type_block(typer& typing, std::uint32_t block_offset, bool is_text) {
     const auto offset = static_cast<std::int32_t>(block_offset);
     const code_type wanted = is_text ? DATA_TEXT : DATA_INT16;
-    const inst_index index = find_block(typing, offset);
-    if (index == no_inst) return ERROR("BUG: can't find data block: offset=%08X", offset);
-    inst& block = typing.tree.nodes[index];
-    if (block.type == wanted) return result::ok;
-    if (block.type != DATA) {
-        return ERROR("BUG: illegal data block offset: offset=%08X, type=%02X, %02X", offset, block.type, wanted);
+    code_type* const type = find_type(typing, offset);
+    if (type == nullptr) return ERROR("BUG: can't find data block: offset=%08X", offset);
+    if (*type == wanted) return result::ok;
+    if (*type != DATA) {
+        return ERROR("BUG: illegal data block offset: offset=%08X, type=%02X, %02X", offset, *type, wanted);
     }
     INFORMATION(1, "change data block type: offset=%08X, type=%02X -> %02X", offset, DATA, wanted);
-    block.type = wanted;
+    *type = wanted;
     return result::ok;
 }
 
@@ -137,9 +151,12 @@ result type_operands(typer& typing, const inst& node) {
 
 result set_data_block_type(conv& script) {
     typer typing = {script, script.tree};
+    if (script.tree.block_users.empty()) return result::ok;
+    if (failed(build_directory(typing))) return result::failed;
     // The users stand in the order of the listing, each before its sub block.
     for (const inst_index user : script.tree.block_users) {
         if (failed(type_operands(typing, script.tree.nodes[user]))) return result::failed;
     }
+    for (const block_start& block : script.tree.blocks) script.tree.nodes[block.node].type = block.type;
     return result::ok;
 }
