@@ -66,16 +66,14 @@ inline std::uint32_t conv_int32(const conv& script, std::int32_t offset) { retur
 // The bytes from `start` up to `end`, as far as they lie inside the script.
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end);
 
+// Reports that the code offset table could not take an entry.
+failure report_code_table();
+
 // Adds an entry to one of the script's tables; a failure is reported with the table's name.
-inline result add_code_offset(conv& script, std::int32_t offset, code_type type);
+inline result add_code_offset(conv& script, std::int32_t offset, code_type type) {
+    return failed(offset_table_add(script.code_offset_table, offset, type)) ? report_code_table() : result::ok;
+}
 result add_jump_offset(conv& script, std::int32_t offset);
 result add_data_offset(conv& script, std::int32_t offset);
 // Records a data block start, in the code and in the data offset table.
 result add_data_block(conv& script, std::int32_t offset);
-
-// Reports that the code offset table could not take an entry.
-failure report_code_table();
-
-inline result add_code_offset(conv& script, std::int32_t offset, code_type type) {
-    return failed(offset_table_add(script.code_offset_table, offset, type)) ? report_code_table() : result::ok;
-}

@@ -57,6 +57,7 @@ result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
+// Records a jump target, as an open one unless it was walked or recorded before.
 result record_target(walker& shared, std::int32_t target) {
     conv& script = shared.script;
     array<std::int32_t>& open = shared.open_targets;

@@ -19,7 +19,7 @@ struct expr_builder {
     std::uint32_t lowest = 0;      // the lowest item that an operand may have, behind a ":="
     std::int32_t eval_offset = 0;  // of the "eval" that ends it
     bool is_plain = true;          // every item's tree was found when the item was taken
-    bool names_block = false;      // set when an expression has an "int32" literal
+    bool names_block = false;      // set when an expression may have an "int32" literal
 };
 
 // Both build the tree of the expression whose first entry is `entry`, move `entry` behind its
