@@ -82,7 +82,7 @@ expr_entry entry_at(const expr_builder& builder, std::int32_t entry) {
 constexpr std::int32_t illegal = -1;
 
 // How many operands the item of an entry takes, or `illegal` after an ERROR line.
-std::int32_t count_operands(const expr_builder& builder, std::int32_t start, const expr_entry& entry) {
+std::int32_t count_operands(const expr_builder& builder, const expr_entry& entry) {
     switch (entry.type) {
         case LITERAL:
             if (code_types[entry.code] == LITERAL) return 0;
@@ -92,16 +92,16 @@ std::int32_t count_operands(const expr_builder& builder, std::int32_t start, con
         case FUNCTION: return code_info[entry.code].num_params;
         case BYTE: return 0;
         default:
-            (void)ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start), entry.offset,
+            (void)ERROR("illegal expression: offset=%08X-%08X, code=%02X", entry_offset(builder, 0), entry.offset,
                         entry.code);
             return illegal;
     }
 }
 
 // Every open item around a tree that failed reports its own failure, the innermost first.
-result fail_open_items(expr_builder& builder, std::int32_t start, std::int32_t failed_entry) {
+result fail_open_items(expr_builder& builder, std::int32_t failed_entry) {
     while (!builder.open.empty()) {
-        (void)ERROR("parse expression error: offset=%08X-%08X", entry_offset(builder, start),
+        (void)ERROR("parse expression error: offset=%08X-%08X", entry_offset(builder, 0),
                     entry_offset(builder, failed_entry));
         failed_entry = builder.open.back().entry;
         builder.open.pop_back();
@@ -113,7 +113,7 @@ enum class next_step : std::uint8_t { descend, done, fail };
 
 // Closes the open items that have all their operands and takes byte operands of the innermost
 // other one, until an operand with a tree of its own comes next or the whole tree is done.
-next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t& entry) {
+next_step take_operands(expr_builder& builder, std::int32_t& entry) {
     expr_item* const items = items_of(builder);
     while (!builder.open.empty()) {
         open_expr& top = builder.open.back();
@@ -123,8 +123,8 @@ next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t&
             continue;
         }
         const std::uint8_t code = entry_at(builder, top.entry).code;
-        if (entry < start) {
-            (void)ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, start),
+        if (entry < 0) {
+            (void)ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, 0),
                         entry_offset(builder, top.entry), code);
             return next_step::fail;
         }
@@ -140,24 +140,24 @@ next_step take_operands(expr_builder& builder, std::int32_t start, std::int32_t&
     return next_step::done;
 }
 
-// Finds the tree whose root is the entry `end`, reading entries backwards, down to `start` at
-// the lowest. `rest` receives the entry just below the lowest one that the tree took.
-result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end, std::int32_t& rest) {
+// Finds the tree whose root is the entry `end`, reading entries backwards. `rest` receives the entry just below the
+// lowest one that the tree took.
+result parse_expr_2(expr_builder& builder, std::int32_t end, std::int32_t& rest) {
     std::int32_t entry = end;
     builder.open.truncate(0);
     for (;;) {
-        const std::int32_t operands = count_operands(builder, start, entry_at(builder, entry));
+        const std::int32_t operands = count_operands(builder, entry_at(builder, entry));
         if (operands == illegal || (operands > 0 && failed(push(builder.open, {entry, operands})))) {
-            return fail_open_items(builder, start, entry);
+            return fail_open_items(builder, entry);
         }
         --entry;
-        switch (take_operands(builder, start, entry)) {
+        switch (take_operands(builder, entry)) {
             case next_step::descend: break;
             case next_step::done: rest = entry; return result::ok;
             case next_step::fail: {
                 const std::int32_t failed_entry = builder.open.back().entry;
                 builder.open.pop_back();
-                return fail_open_items(builder, start, failed_entry);
+                return fail_open_items(builder, failed_entry);
             }
         }
     }
@@ -166,7 +166,7 @@ result parse_expr_2(expr_builder& builder, std::int32_t start, std::int32_t end,
 // The ":=" at `assign` and the target before it; a value was built from the entries behind it.
 result parse_assignment(expr_builder& builder, std::int32_t assign, std::int32_t& rest) {
     const std::int32_t target = assign - 1;
-    if (failed(parse_expr_2(builder, 0, target, rest))) {
+    if (failed(parse_expr_2(builder, target, rest))) {
         return ERROR("parse expression error: offset=%08X-%08X, %08X", entry_offset(builder, 0), builder.eval_offset,
                      entry_offset(builder, target));
     }
@@ -194,7 +194,7 @@ result reparse_eval(expr_builder& builder) {
     const std::int32_t first_offset = entry_offset(builder, 0);
     forget_extents(builder);
     std::int32_t rest = 0;
-    if (failed(parse_expr_2(builder, 0, last, rest))) {
+    if (failed(parse_expr_2(builder, last, rest))) {
         return ERROR("parse expression error: offset=%08X-%08X, %08X", first_offset, eval_offset,
                      entry_offset(builder, last));
     }
@@ -212,7 +212,7 @@ result reparse_var(expr_builder& builder) {
     const std::int32_t last_offset = entry_offset(builder, last);
     forget_extents(builder);
     std::int32_t rest = 0;
-    if (failed(parse_expr_2(builder, 0, last, rest))) {
+    if (failed(parse_expr_2(builder, last, rest))) {
         return ERROR("parse variable/data error: offset=%08X-%08X", first_offset, last_offset);
     }
     if (rest >= 0) {
