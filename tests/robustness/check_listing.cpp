@@ -100,7 +100,7 @@ std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& 
 std::string check_labels(const listing_run& run, const std::vector<std::int32_t>& printed) {
     std::set<std::size_t> labels;
     for (const std::string_view line : lines_of(view(run.listing))) {
-        if (line.starts_with('L') && !labels.insert(hex_number(line.substr(label_size - 8, 8))).second) {
+        if (line.starts_with('L') && !labels.insert(hex_number(line.substr(6, 8))).second) {
             return "label defined twice: " + std::string(line);
         }
     }
