@@ -7,8 +7,8 @@
 #include "base/result.h"
 #include "base/writer.h"
 
-// Where messages go: standard error, the file named by "-E", or memory in tests. They are
-// buffered; the driver flushes them before the listing starts and when the run ends.
+// Where messages go: standard error, the file named by "-E", or memory in tests. They are buffered;
+// the driver flushes them before it opens an output, before any of the listing and when the run ends.
 inline constinit writer diagnostics;
 
 // How many messages the process has reported.

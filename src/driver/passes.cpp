@@ -53,8 +53,8 @@ result print_script(conv& script, const named_writer& listing_file, const named_
     options.text_counter = 0;
     listing print = {script, *listing_file.out, text_file.out};
     const result printed = print_conv(print);
-    if (failed(finish(listing_file))) return result::failed;
-    if (failed(printed)) return RUN_ERROR("print error");
+    if (failed(printed)) (void)RUN_ERROR("print error");
+    if (failed(finish(listing_file)) || failed(printed)) return result::failed;
     if (script.dump) report_dump_count(script);
     if (text_file.out == nullptr) return result::ok;
     text_file.out->put(text_table_end);
