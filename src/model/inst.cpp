@@ -8,10 +8,6 @@ failure report_tree_exhausted(std::size_t size) { return ERROR("memory exhausted
 
 result inst_add_block_user(inst_tree& tree, inst_index node) { return push(tree.block_users, node); }
 
-result inst_add_block(inst_tree& tree, inst_index node) {
-    return push(tree.blocks, {tree.nodes[node].offset, node, DATA});
-}
-
 inst_index inst_find(const inst_tree& tree, std::int32_t offset) {
     const inst* const end = tree.nodes.begin() + tree.walked;
     const inst* const node = std::lower_bound(

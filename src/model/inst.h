@@ -48,13 +48,6 @@ struct expr_item {
 };
 inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
-// A walked node that began as DATA.
-struct block_start {
-    std::int32_t offset;
-    inst_index node;
-    code_type type = DATA;  // what it is found to be
-};
-
 // Nodes stand in ascending order of their offsets, first those that phase 2 walked, each before its
 // sub block, then the elements added to data blocks.
 struct inst_tree {
@@ -65,7 +58,6 @@ struct inst_tree {
     array<operand> operands;
     array<expr_item> items;
     array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
-    array<block_start> blocks;      // ascending
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
@@ -80,9 +72,6 @@ inline result inst_add_item(inst_tree& tree, expr_item item);
 
 // Notes that the node's operands may name data blocks; the same failure.
 result inst_add_block_user(inst_tree& tree, inst_index node);
-
-// Notes a walked node of type DATA; the same failure.
-result inst_add_block(inst_tree& tree, inst_index node);
 
 // Operand `k` of a node, all zero when the node has none.
 inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k) {

@@ -49,7 +49,7 @@ void link(walk& block, inst_index node) {
 inst_index take_node(walk& block, code_type type, std::uint8_t code) {
     walker& shared = block.shared;
     const inst_index node = new_node(shared.script, shared.entry.offset, type, code);
-    if (node == no_inst || (type == DATA && failed(inst_add_block(shared.tree, node)))) return no_inst;
+    if (node == no_inst) return no_inst;
     link(block, node);
     advance(shared.entry);
     return node;

@@ -153,7 +153,7 @@ result parse_typed_block(conv& script, inst_index& node, std::int32_t end) {
 }
 
 // The walked node behind all that is nested in a node.
-inst_index behind_subblocks(const inst_tree& tree, inst_index node) {
+inst_index behind_subblock(const inst_tree& tree, inst_index node) {
     while (tree.nodes[node].has_subblock) {
         ++node;
         while (tree.nodes[node].next != no_inst) node = tree.nodes[node].next;
@@ -165,6 +165,10 @@ inst_index behind_subblocks(const inst_tree& tree, inst_index node) {
 result parse_block(conv& script, inst_index node, inst_index behind) {
     const inst_tree& tree = script.tree;
     const std::int32_t end = behind == tree.walked ? script.data_size : tree.nodes[behind].offset;
+    if (tree.nodes[node].type == DATA) {
+        report_unknown_block(tree.nodes[node].offset);
+        return result::ok;
+    }
     do {
         if (failed(parse_typed_block(script, node, end))) return result::failed;
         node = tree.nodes[node].next;
@@ -172,19 +176,20 @@ result parse_block(conv& script, inst_index node, inst_index behind) {
     return result::ok;
 }
 
+bool is_block(const inst& node) { return node.type == DATA || node.type == DATA_TEXT || node.type == DATA_INT16; }
+
 }  // namespace
 
 result parse_data_block(conv& script) {
     const inst_tree& tree = script.tree;
-    inst_index behind = 0;  // the block before, with all that is nested in it
-    for (const block_start& block : tree.blocks) {
-        if (block.node < behind) continue;
-        behind = behind_subblocks(tree, block.node);
-        if (tree.nodes[block.node].type == DATA) {
-            report_unknown_block(block.offset);
-        } else if (failed(parse_block(script, block.node, behind))) {
-            return result::failed;
+    for (inst_index node = 0; node < tree.walked;) {
+        if (!is_block(tree.nodes[node])) {
+            ++node;
+            continue;
         }
+        const inst_index behind = behind_subblock(tree, node);
+        if (failed(parse_block(script, node, behind))) return result::failed;
+        node = behind;
     }
     return result::ok;
 }
