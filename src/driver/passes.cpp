@@ -51,8 +51,8 @@ result print_script(conv& script, const named_writer& listing_file, const named_
     diagnostics.flush();
 
     options.text_counter = 0;
-    listing print = {script, *listing_file.out, text_file.out};
-    const result printed = print_conv(print);
+    print_job job = {script, *listing_file.out, text_file.out};
+    const result printed = print_conv(job);
     if (failed(finish(listing_file))) return result::failed;
     if (failed(printed)) return RUN_ERROR("print error");
     if (script.dump) report_dump_count(script);

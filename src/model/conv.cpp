@@ -25,7 +25,7 @@ void conv_free(conv& script) {
     offset_table_free(script.jump_offset_table);
     offset_table_free(script.data_offset_table);
     script.position_marks.release();
-    inst_free(script.tree);
+    script.tree = {};
     script.dump_count.release();
     script.buffer.release();
     script.data_size = 0;

@@ -2,17 +2,9 @@
 
 #include <algorithm>
 
-#include "base/diagnostics.h"
-
-failure report_tree_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
-
-result inst_add_block_user(inst_tree& tree, inst_index node) { return push(tree.block_users, node); }
-
 inst_index inst_find(const inst_tree& tree, std::int32_t offset) {
     const inst* const end = tree.nodes.begin() + tree.walked;
     const inst* const node = std::lower_bound(
         tree.nodes.begin(), end, offset, [](const inst& other, std::int32_t wanted) { return other.offset < wanted; });
     return node == end || node->offset != offset ? no_inst : static_cast<inst_index>(node - tree.nodes.begin());
 }
-
-void inst_free(inst_tree& tree) { tree = inst_tree(); }

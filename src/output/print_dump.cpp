@@ -6,6 +6,7 @@
 #include <span>
 
 #include "base/diagnostics.h"
+#include "output/put.h"
 
 namespace {
 
@@ -51,15 +52,15 @@ void report_stretch(std::int32_t start, std::int32_t end, std::uint8_t count) {
 
 }  // namespace
 
-result print_dump(listing& print, std::int32_t offset, std::int32_t size) {
-    if (!print.script.dump || size == 0) return result::ok;
+result print_dump(print_job& job, std::int32_t offset, std::int32_t size) {
+    if (!job.script.dump || size == 0) return result::ok;
     const std::int32_t end = offset + size;
     for (std::int32_t start = offset; start < end;) {
         const std::int32_t count = std::min(end - start, bytes_per_line);
-        print_dump_line(print.out, start, conv_bytes(print.script, start, start + count));
+        print_dump_line(job.out, start, conv_bytes(job.script, start, start + count));
         start += count;
     }
-    return count_dump(print.script.dump_count, offset, end);
+    return count_dump(job.script.dump_count, offset, end);
 }
 
 void report_dump_count(conv& script) {

@@ -66,7 +66,7 @@ void trace_node(const walker& shared, const char* what, inst_index index) {
 
 void trace_sub_block(const walker& shared, const char* what, inst_index owner) {
     if (!verbose(2)) return;
-    const inst_index first = inst_subblock(shared.tree, shared.tree.nodes[owner]);
+    const inst_index first = inst_subblock(shared.tree, owner);
     if (first != no_inst) trace_node(shared, what, first);
     for (inst_index node = first; node != no_inst; node = shared.tree.nodes[node].next) {
         trace_node(shared, "parse_conv_2(): SUB BLOCK", node);
@@ -119,7 +119,7 @@ result walk_branch(walk& block, opcode code, const char* trace) {
 // Lists a node whose operands were just built among those that name data blocks, if they do.
 result note_block_user(walker& shared, inst_index node) {
     if (!std::exchange(shared.expressions.names_block, false)) return result::ok;
-    return inst_add_block_user(shared.tree, node);
+    return push(shared.tree.block_users, node);
 }
 
 // The node and condition of an if, up to its branch.

@@ -33,7 +33,7 @@ void begin_items(expr_builder& builder) {
 result take_item(expr_builder& builder, const entry_reader& entry) {
     if (entry.type == DATA) return ERROR("code break by data block: offset=%08X", entry.offset);
     if (entry.code == OP_INT32) builder.names_block = true;
-    return inst_add_item(builder.script.tree, {entry.offset});
+    return push(builder.script.tree.items, {entry.offset});
 }
 
 // Takes the entries in front of the "eval" and moves behind it.
