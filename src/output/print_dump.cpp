@@ -10,27 +10,22 @@
 
 namespace {
 
-constexpr std::int32_t bytes_per_line = 16;
+constexpr std::size_t bytes_per_line = 16;
 
-// "; 00000000:", 16 times " 00", " : " and 16 characters.
-constexpr std::size_t hex_column = 12;
-constexpr std::size_t separator_column = 60;
-constexpr std::size_t character_column = 62;
-constexpr std::size_t line_size = 78;
+// A line is "; 00000000:", 16 times " 00" or blanks, " : ", the characters and its end. While it is made, blanks
+// stand in place of the characters.
+constexpr std::size_t hex_size = 3 * bytes_per_line;
+constexpr std::size_t max_line = 11 + 2 * hex_size;
 
 // Prints the line of up to 16 bytes.
 void print_dump_line(writer& out, std::int32_t offset, std::span<const std::uint8_t> bytes) {
-    char* const line = out.room(line_size + 1);
-    std::memset(line, ' ', line_size);
-    put_text(put_hex<8>(put_text(line, "; "), static_cast<std::uint32_t>(offset)), ":");
-    line[separator_column] = ':';
-    char* hex = line + hex_column;
-    char* character = line + character_column;
-    for (const std::uint8_t byte : bytes) {
-        hex = put_hex<2>(hex, byte) + 1;
-        *character++ = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.';
-    }
-    out.advance(put_text(character, "\n"));
+    char* to = put_text(out.room(max_line), "; ");
+    to = put_text(put_hex<8>(to, static_cast<std::uint32_t>(offset)), ":");
+    for (const std::uint8_t byte : bytes) to = put_hex<2>(put_text(to, " "), byte);
+    std::memset(to, ' ', hex_size);
+    to = put_text(to + hex_size - 3 * bytes.size(), " : ");
+    for (const std::uint8_t byte : bytes) *to++ = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.';
+    out.advance(put_text(to, "\n"));
 }
 
 // Nodes mostly follow each other, so that the last change, the end of the last dump, moves on.
@@ -56,7 +51,7 @@ result print_dump(print_job& job, std::int32_t offset, std::int32_t size) {
     if (!job.script.dump || size == 0) return result::ok;
     const std::int32_t end = offset + size;
     for (std::int32_t start = offset; start < end;) {
-        const std::int32_t count = std::min(end - start, bytes_per_line);
+        const std::int32_t count = std::min<std::int32_t>(end - start, bytes_per_line);
         print_dump_line(job.out, start, conv_bytes(job.script, start, start + count));
         start += count;
     }

@@ -59,18 +59,15 @@ result render_operands(print_job& job, const inst& node, char*& to) {
     return sprint_eval(script, job.pieces, inst_param(script.tree, node, 2), to);
 }
 
-// The line of an if or a decl is begun only when it can be ended.
-result print_rendered(print_job& job, const inst& node, int depth) {
-    std::array<char, 2 * expression_room> operands;
-    char* end = operands.data();
-    if (failed(render_operands(job, node, end))) return result::failed;
+// The line of an if or a decl is printed as a whole or not at all.
+result print_if_or_decl(print_job& job, const inst& node, int depth) {
+    std::array<char, code_name::max_size + 2 * expression_room> line;
+    char* to = line.data();
+    if (node.code == OP_IF || !options.omit_decl) to = put_text(put_name(to, node.code), " ");
+    if (failed(render_operands(job, node, to))) return result::failed;
+    to = put_text(to, "\n");
     print_indent(job.out, depth);
-    if (node.code != OP_DECL || !options.omit_decl) {
-        print_name(job.out, node.code);
-        job.out.put(' ');
-    }
-    job.out.put({operands.data(), static_cast<std::size_t>(end - operands.data())});
-    job.out.put('\n');
+    job.out.put({line.data(), static_cast<std::size_t>(to - line.data())});
     return result::ok;
 }
 
@@ -101,7 +98,7 @@ void print_unknown(print_job& job, const inst& node, int depth, std::int32_t siz
 }  // namespace
 
 result print_statement(print_job& job, const inst& node, int depth) {
-    if (node.code == OP_IF || node.code == OP_DECL) return print_rendered(job, node, depth);
+    if (node.code == OP_IF || node.code == OP_DECL) return print_if_or_decl(job, node, depth);
     print_indent(job.out, depth);
     print_name(job.out, node.code);
     if (node.code != OP_ELSE && failed(print_operands(job, node))) return result::failed;

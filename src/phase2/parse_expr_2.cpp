@@ -16,6 +16,10 @@ expr_item* items_of(const expr_builder& builder) { return builder.script.tree.it
 
 std::int32_t entry_offset(const expr_builder& builder, std::int32_t entry) { return items_of(builder)[entry].offset; }
 
+std::uint8_t entry_code(const expr_builder& builder, std::int32_t entry) {
+    return conv_byte(builder.script, entry_offset(builder, entry));
+}
+
 expr_entry entry_at(const expr_builder& builder, std::int32_t entry) {
     const std::int32_t offset = entry_offset(builder, entry);
     return {offset, *offset_table_find(builder.script.code_offset_table, offset), conv_byte(builder.script, offset)};
@@ -88,15 +92,15 @@ result take_operands(expr_builder& builder, std::int32_t& entry) {
             builder.open.pop_back();
             continue;
         }
-        const expr_entry root = entry_at(builder, item.entry);
+        const std::uint8_t code = entry_code(builder, item.entry);
         if (entry < 0) {
-            return ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, 0), root.offset,
-                         root.code);
+            return ERROR("no expression: offset=%08X-%08X, code=%02X", entry_offset(builder, 0),
+                         entry_offset(builder, item.entry), code);
         }
         const std::int32_t k = --item.missing;
-        const code_type type = code_info[root.code].params[static_cast<std::size_t>(k)];
+        const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
         if (type == VALUE) return result::ok;
-        if (type != BYTE) return ERROR("BUG: code_info[%02X].params[%d].type=%02X", root.code, k, type);
+        if (type != BYTE) return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
         --entry;
     }
     return result::ok;
