@@ -32,8 +32,8 @@ void conv_free(conv& script) {
 }
 
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end) {
-    end = std::min(end, script.data_size);
-    if (!conv_has(script, start) || end <= start) return {};
+    if (!conv_has(script, start)) return {};
+    end = std::clamp(end, start, script.data_size);
     return {script.buffer.data() + start, static_cast<std::size_t>(end - start)};
 }
 

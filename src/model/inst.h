@@ -53,8 +53,7 @@ inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 // sub block, then the elements added to data blocks.
 struct inst_tree {
     inst_index root = no_inst;
-    std::uint32_t walked = 0;   // nodes that phase 2 walked
-    std::int32_t labelled = 0;  // walked nodes that jumps lead to
+    std::uint32_t walked = 0;  // nodes that phase 2 walked
     array<inst> nodes;
     array<operand> operands;
     array<expr_item> items;

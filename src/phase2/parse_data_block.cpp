@@ -3,7 +3,7 @@
 #include "base/diagnostics.h"
 #include "model/text.h"
 #include "phase2/data_block.h"
-#include "phase2/text_test.h"
+#include "phase2/text_verdict.h"
 
 namespace {
 
@@ -79,7 +79,7 @@ result parse_text_block(block_parser& parser) {
             return result::failed;
         }
         TRACE("data block: offset=%08X, text=%.*s", offset, length,
-              reinterpret_cast<const char*>(script.buffer.data() + offset));
+              reinterpret_cast<const char*>(conv_bytes(script, offset, behind).data()));
         if (behind >= parser.end || conv_byte(script, behind) != 0) {
             return ERROR("data end mark not found: offset=%08X, %08X, type=TEXT", offset, offset);
         }
@@ -123,7 +123,7 @@ result parse_number_block(block_parser& parser) {
     const std::int32_t start = parser.tree.nodes[parser.block].offset;
     INFORMATION(1, "parse data block: offset=%08X-%08X, type=INT16", start, parser.end - 1);
     array<text_verdict> verdicts;
-    if (!options.no_int16_to_text && failed(test_text(script, start, parser.end, verdicts))) return result::failed;
+    if (!options.no_int16_to_text && failed(judge_texts(script, start, parser.end, verdicts))) return result::failed;
 
     for (std::int32_t offset = start; offset < parser.end; offset += 2) {
         if (parser.end - offset == 1) return parse_end_of_numbers(parser, offset);
