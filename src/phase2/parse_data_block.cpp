@@ -107,7 +107,9 @@ bool is_text(const block_parser& parser, std::int32_t offset, text_verdict verdi
     return verdict == all_text;
 }
 
-// Ends the number block at `offset`, where texts begin: they become a text block that follows.
+// Ends the number block at `offset`, where texts begin: they become a text block that follows. Its start
+// is recorded like any other, since the listing labels what the data offset table names and a verbose run
+// counts its entries.
 result begin_text_block(block_parser& parser, std::int32_t offset) {
     WARNING("change data block type ... may not be used: offset=%08X, type=INT16 -> TEXT", offset);
     if (failed(add_data_block(parser.script, offset))) return result::failed;
@@ -152,8 +154,11 @@ result parse_typed_block(conv& script, inst_index& node, std::int32_t end) {
     return outcome;
 }
 
-// The walked node behind all that is nested in a node.
-inst_index behind_subblock(const inst_tree& tree, inst_index node) {
+bool is_block(const inst& node) { return node.type == DATA || node.type == DATA_TEXT || node.type == DATA_INT16; }
+
+// The walked node behind a block. A block start that was read as a keywords or else statement has a sub
+// block. What that holds lies inside the block: it is neither listed nor split.
+inst_index behind_block(const inst_tree& tree, inst_index node) {
     while (tree.nodes[node].has_subblock) {
         ++node;
         while (tree.nodes[node].next != no_inst) node = tree.nodes[node].next;
@@ -176,20 +181,16 @@ result parse_block(conv& script, inst_index node, inst_index behind) {
     return result::ok;
 }
 
-bool is_block(const inst& node) { return node.type == DATA || node.type == DATA_TEXT || node.type == DATA_INT16; }
-
 }  // namespace
 
 result parse_data_block(conv& script) {
     const inst_tree& tree = script.tree;
-    for (inst_index node = 0; node < tree.walked;) {
-        if (!is_block(tree.nodes[node])) {
-            ++node;
-            continue;
-        }
-        const inst_index behind = behind_subblock(tree, node);
+    inst_index behind = 0;
+    for (inst_index node = 0; node < tree.walked; node = behind) {
+        behind = node + 1;
+        if (!is_block(tree.nodes[node])) continue;
+        behind = behind_block(tree, node);
         if (failed(parse_block(script, node, behind))) return result::failed;
-        node = behind;
     }
     return result::ok;
 }
