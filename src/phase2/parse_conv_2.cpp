@@ -41,22 +41,26 @@ void link(block_walk& block, inst_index node) {
 }
 
 // Makes a node of the entry, links it and moves on.
-inst_index take_node(block_walk& block, code_type type, std::uint8_t code) {
-    walk_state& shared = block.shared;
-    const inst_index node = inst_new(shared.tree, shared.entry.offset, type, code);
-    if (node == no_inst) return no_inst;
+result take_node(block_walk& block, std::uint8_t code) {
+    entry_reader& entry = block.shared.entry;
+    const inst_index node = inst_new(block.shared.tree, entry.offset, entry.type, code);
+    if (node == no_inst) return result::failed;
     link(block, node);
-    advance(shared.entry);
-    return node;
+    advance(entry);
+    return result::ok;
 }
-
-// The node has the entry's type, which may be DATA: a block start whose byte closes or continues the
-// block it stands in is read as that statement and treated as data from then on.
-inst_index take_node(block_walk& block) { return take_node(block, block.shared.entry.type, block.shared.entry.code); }
 
 void trace_node(const walk_state& shared, const char* what, inst_index index) {
     const inst& node = shared.tree.nodes[index];
     TRACE("%s: offset=%08X, code=%02X, type=%02X", what, node.offset, node.code, node.type);
+}
+
+// Takes the node of a text or a statement. Its type may be DATA: a block start whose byte closes or
+// continues the block it stands in is read as that statement and treated as data from then on.
+result take_traced(block_walk& block, const char* what) {
+    if (failed(take_node(block, block.shared.entry.code))) return result::failed;
+    trace_node(block.shared, what, block.last);
+    return result::ok;
 }
 
 void trace_sub_block(const walk_state& shared, const char* what, inst_index owner) {
@@ -91,11 +95,9 @@ operand text_operand(const walk_state& shared, std::int32_t offset) {
 result walk_text_run(block_walk& block) {
     walk_state& shared = block.shared;
     const std::int32_t offset = shared.entry.offset;
-    const inst_index node = take_node(block);
-    if (node == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): TEXT", node);
-    if (failed(inst_add_param(shared.tree, node, text_operand(shared, offset)))) return result::failed;
-    shared.tree.nodes[node].num_params = 0;
+    if (failed(take_traced(block, "parse_conv_2(): TEXT"))) return result::failed;
+    if (failed(inst_add_param(shared.tree, block.last, text_operand(shared, offset)))) return result::failed;
+    shared.tree.nodes[block.last].num_params = 0;
     return result::ok;
 }
 
@@ -111,44 +113,36 @@ result walk_branch(block_walk& block, opcode code, const char* trace) {
     return shared.entry.at_end ? missing_endif() : result::ok;
 }
 
-// Lists a node whose operands were just built among those that name data blocks, if they do.
-result note_block_user(walk_state& shared, inst_index node) {
-    if (!std::exchange(shared.expressions.names_block, false)) return result::ok;
-    return push(shared.tree.block_users, node);
+// Lists the node linked last, whose operands were just built, among those that name data blocks, if they do.
+result note_block_user(const block_walk& block) {
+    if (!std::exchange(block.shared.expressions.names_block, false)) return result::ok;
+    return push(block.shared.tree.block_users, block.last);
 }
 
 // The node and condition of an if, up to its branch.
 result begin_if(block_walk& block) {
     walk_state& shared = block.shared;
     const std::int32_t start = shared.entry.offset;
-    const inst_index node = take_node(block);
-    if (node == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): IF", node);
-
+    if (failed(take_traced(block, "parse_conv_2(): IF"))) return result::failed;
     const std::int32_t condition_offset = shared.entry.offset;
     std::uint32_t condition = 0;
     if (failed(parse_eval_2(shared.expressions, shared.entry, condition))) {
         return ERROR("parse conditon error: offset=%08X", start);
     }
-    if (failed(inst_add_param(shared.tree, node, {condition_offset, condition, VALUE}))) return result::failed;
-    if (failed(note_block_user(shared, node))) return result::failed;
+    if (failed(inst_add_param(shared.tree, block.last, {condition_offset, condition, VALUE}))) return result::failed;
+    if (failed(note_block_user(block))) return result::failed;
     if (shared.entry.at_end) return ERROR("can't get sub block: offset=%08X", start);
     return result::ok;
 }
 
 result begin_else(block_walk& block) {
-    const inst_index node = take_node(block);
-    if (node == no_inst) return result::failed;
-    trace_node(block.shared, "parse_conv_2(): ELSE", node);
+    if (failed(take_traced(block, "parse_conv_2(): ELSE"))) return result::failed;
     return block.shared.entry.at_end ? missing_endif() : result::ok;
 }
 
 result end_if(block_walk& block) {
     if (block.shared.entry.code != OP_ENDIF) return missing_endif();
-    const inst_index node = take_node(block);
-    if (node == no_inst) return result::failed;
-    trace_node(block.shared, "parse_conv_2(): ENDIF", node);
-    return result::ok;
+    return take_traced(block, "parse_conv_2(): ENDIF");
 }
 
 result walk_if(block_walk& block) {
@@ -170,18 +164,16 @@ result missing_param(const walk_state& shared, inst_index index, std::int32_t k)
 // One keywords statement with its text, whose offset it gives, up to its answer.
 result begin_keywords(block_walk& block, std::int32_t& text) {
     walk_state& shared = block.shared;
-    const inst_index node = take_node(block);
-    if (node == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): KEYWORDS", node);
-    const std::int32_t start = shared.tree.nodes[node].offset;
     const entry_reader& entry = shared.entry;
+    const std::int32_t start = entry.offset;
+    if (failed(take_traced(block, "parse_conv_2(): KEYWORDS"))) return result::failed;
     if (entry.at_end) return ERROR("keywords not found: offset=%08X", start);
     if (entry.type != TEXT && entry.type != MB_IN) {
         return ERROR("not text: offset=%08X, code=%02X, type=%02X", entry.offset, entry.code, entry.type);
     }
     text = entry.offset;
     advance(shared.entry);
-    if (failed(inst_add_param(shared.tree, node, text_operand(shared, text)))) return result::failed;
+    if (failed(inst_add_param(shared.tree, block.last, text_operand(shared, text)))) return result::failed;
     if (entry.at_end) return ERROR("keywords without answer: offset=%08X", start);
     return result::ok;
 }
@@ -189,11 +181,11 @@ result begin_keywords(block_walk& block, std::int32_t& text) {
 // The jump or bye that ends an answer becomes the answer's last node.
 result walk_exit_of_answer(block_walk& answer) {
     walk_state& shared = answer.shared;
-    const inst_index exit = take_node(answer);
-    if (exit == no_inst) return result::failed;
     const std::int32_t keywords = shared.tree.nodes[answer.owner].offset;
-    const std::int32_t offset = shared.tree.nodes[exit].offset;
-    if (shared.tree.nodes[exit].code == OP_BYE) {
+    const std::int32_t offset = shared.entry.offset;
+    const std::uint8_t code = shared.entry.code;
+    if (failed(take_node(answer, code))) return result::failed;
+    if (code == OP_BYE) {
         INFORMATION(2, "'keywards' break by 'bye': offset=%08X, %08X", keywords, offset);
         return result::ok;
     }
@@ -202,7 +194,7 @@ result walk_exit_of_answer(block_walk& answer) {
     const std::int32_t target_offset = shared.entry.offset;
     const std::uint32_t target = conv_int32(shared.script, target_offset);
     advance(shared.entry);
-    return inst_add_param(shared.tree, exit, {target_offset, target, code_info[OP_JUMP].params[0]});
+    return inst_add_param(shared.tree, answer.last, {target_offset, target, code_info[OP_JUMP].params[0]});
 }
 
 result walk_end_of_chain(block_walk& block, bool chain_exit) {
@@ -211,12 +203,7 @@ result walk_end_of_chain(block_walk& block, bool chain_exit) {
         WARNING("'endanswer' not found: end of buffer");
         return result::ok;
     }
-    if (entry.code == OP_ENDANSWER) {
-        const inst_index node = take_node(block);
-        if (node == no_inst) return result::failed;
-        trace_node(block.shared, "parse_conv_2(): ENDANSWER", node);
-        return result::ok;
-    }
+    if (entry.code == OP_ENDANSWER) return take_traced(block, "parse_conv_2(): ENDANSWER");
     if (chain_exit || is_closer(entry.code, branch_closers(block.kind.parent_code)) || entry.type == DATA) {
         WARNING("'endanswer' not found ... ignore");
         return result::ok;
@@ -299,22 +286,20 @@ result walk_statement(block_walk& block) {
     walk_state& shared = block.shared;
     const std::int32_t offset = shared.entry.offset;
     const std::uint8_t code = shared.entry.code;
-    const inst_index node = take_node(block, STATEMENT, code);
-    if (node == no_inst) return result::failed;
-    trace_node(shared, "parse_conv_2(): other CODE", node);
+    if (failed(take_traced(block, "parse_conv_2(): other CODE"))) return result::failed;
     if (code == OP_ENDIF) {
         WARNING("'endif' without 'if': offset=%08X, code=%02X, type=%02X", offset, code, STATEMENT);
         options.endif_without_if = true;
     }
     for (std::int32_t k = 0; k < code_info[code].num_params; ++k) {
-        if (shared.entry.at_end) return missing_param(shared, node, k);
-        if (failed(walk_operand(shared, node, code, k))) return result::failed;
+        if (shared.entry.at_end) return missing_param(shared, block.last, k);
+        if (failed(walk_operand(shared, block.last, code, k))) return result::failed;
     }
     if (code == OP_DECL && shared.entry.type == ASSIGN && shared.entry.code == OP_ASSIGN &&
-        failed(walk_assignment(shared, node))) {
+        failed(walk_assignment(shared, block.last))) {
         return result::failed;
     }
-    return note_block_user(shared, node);
+    return note_block_user(block);
 }
 
 // An expression that stands as a statement: a node of its "eval" at the expression's first byte
@@ -336,13 +321,12 @@ result walk_expression(block_walk& block) {
     if (node == no_inst) return result::failed;
     link(block, node);
     if (failed(inst_add_param(shared.tree, node, {start, root, VALUE}))) return result::failed;
-    return note_block_user(shared, node);
+    return note_block_user(block);
 }
 
 result walk_data_block(block_walk& block) {
-    const inst_index node = take_node(block, DATA, 0);
-    if (node == no_inst) return result::failed;
-    DEBUG("add data block: offset=%08X", block.shared.tree.nodes[node].offset);
+    if (failed(take_node(block, 0))) return result::failed;
+    DEBUG("add data block: offset=%08X", block.shared.tree.nodes[block.last].offset);
     return result::ok;
 }
 
