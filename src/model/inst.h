@@ -87,9 +87,6 @@ inline inst_index inst_subblock(const inst_tree& tree, inst_index node) {
     return tree.nodes[node].has_subblock ? node + 1 : no_inst;
 }
 
-// The walked node with this offset, or no_inst.
-inst_index inst_find(const inst_tree& tree, std::int32_t offset);
-
 // The root of the tree in front of the one that ends with this item: of an operator's operands,
 // which end in front of it, the one before. Before the first item it is no_item.
 inline std::uint32_t expr_before(const inst_tree& tree, std::uint32_t item) { return item - tree.items[item].extent; }

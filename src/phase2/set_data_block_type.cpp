@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "base/diagnostics.h"
 #include "phase2/data_block.h"
 
@@ -12,8 +14,31 @@ struct pending_expr {
 struct typer {
     conv& script;
     inst_tree& tree;
+    array<std::int32_t> groups = {};  // the offset of the first of every 32 walked nodes
     array<pending_expr> pending = {};
 };
+
+constexpr std::size_t group_size = 32;
+
+result list_groups(typer& typing) {
+    for (std::size_t node = 0; node < typing.tree.walked; node += group_size) {
+        if (failed(push(typing.groups, typing.tree.nodes[node].offset))) return result::failed;
+    }
+    return result::ok;
+}
+
+// The walked node at an offset, or null. Blocks lie anywhere, so that a search among all nodes would
+// wait for memory at each of its steps; one among the groups does so at the last.
+inst* find_node(const typer& typing, std::int32_t offset) {
+    const array<std::int32_t>& groups = typing.groups;
+    const auto behind = std::upper_bound(groups.begin(), groups.end(), offset) - groups.begin();
+    if (behind == 0) return nullptr;
+    const std::size_t last = std::min<std::size_t>(static_cast<std::size_t>(behind) * group_size, typing.tree.walked);
+    for (std::size_t node = (static_cast<std::size_t>(behind) - 1) * group_size; node < last; ++node) {
+        if (typing.tree.nodes[node].offset == offset) return &typing.tree.nodes[node];
+    }
+    return nullptr;
+}
 
 std::uint8_t item_code(const typer& typing, std::uint32_t item) {
     return conv_byte(typing.script, typing.tree.items[item].offset);
@@ -23,15 +48,14 @@ std::uint8_t item_code(const typer& typing, std::uint32_t item) {
 result type_block(const typer& typing, std::uint32_t block_offset, bool is_text) {
     const auto offset = static_cast<std::int32_t>(block_offset);
     const code_type wanted = is_text ? DATA_TEXT : DATA_INT16;
-    const inst_index block = inst_find(typing.tree, offset);
-    if (block == no_inst) return ERROR("BUG: can't find data block: offset=%08X", offset);
-    code_type& type = typing.tree.nodes[block].type;
-    if (type == wanted) return result::ok;
-    if (type != DATA) {
-        return ERROR("BUG: illegal data block offset: offset=%08X, type=%02X, %02X", offset, type, wanted);
+    inst* const block = find_node(typing, offset);
+    if (block == nullptr) return ERROR("BUG: can't find data block: offset=%08X", offset);
+    if (block->type == wanted) return result::ok;
+    if (block->type != DATA) {
+        return ERROR("BUG: illegal data block offset: offset=%08X, type=%02X, %02X", offset, block->type, wanted);
     }
-    INFORMATION(1, "change data block type: offset=%08X, type=%02X -> %02X", offset, type, wanted);
-    type = wanted;
+    INFORMATION(1, "change data block type: offset=%08X, type=%02X -> %02X", offset, block->type, wanted);
+    block->type = wanted;
     return result::ok;
 }
 
@@ -118,6 +142,7 @@ result type_operands(typer& typing, const inst& node) {
 
 result set_data_block_type(conv& script) {
     typer typing = {script, script.tree};
+    if (failed(list_groups(typing))) return result::failed;
     // The users stand in the order of the listing, each before its sub block.
     for (const inst_index user : script.tree.block_users) {
         if (failed(type_operands(typing, script.tree.nodes[user]))) return result::failed;

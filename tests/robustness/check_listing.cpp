@@ -96,6 +96,10 @@ std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& 
     return fall == printed.end() ? "" : "the listing goes back";
 }
 
+bool has_node(const inst_tree& tree, std::int32_t offset) {
+    return std::any_of(tree.nodes.begin(), tree.nodes.end(), [&](const inst& node) { return node.offset == offset; });
+}
+
 // No label is defined twice. A jump leads to a node, and where that is listed, to its label.
 std::string check_labels(const listing_run& run, const std::vector<std::int32_t>& printed) {
     std::set<std::string_view> labels;
@@ -111,7 +115,7 @@ std::string check_labels(const listing_run& run, const std::vector<std::int32_t>
     for (const std::string_view target : targets) {
         const auto offset = static_cast<std::int32_t>(hex_number(target.substr(label_size - 8)));
         const bool is_printed = std::binary_search(printed.begin(), printed.end(), offset);
-        if (is_printed ? !labels.contains(target) : inst_find(run.script.tree, offset) == no_inst) {
+        if (is_printed ? !labels.contains(target) : !has_node(run.script.tree, offset)) {
             return "label not defined: " + std::string(target);
         }
     }
