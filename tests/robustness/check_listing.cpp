@@ -80,16 +80,16 @@ std::string check_ends(const listing_run& run, const listing_request& request) {
 void add_printed(const inst_tree& tree, inst_index first, std::vector<std::int32_t>& printed) {
     for (inst_index node = first; node != no_inst; node = tree.nodes[node].next) {
         printed.push_back(tree.nodes[node].offset);
-        if (tree.nodes[node].type == STATEMENT) add_printed(tree, inst_subblock(tree, tree.nodes[node]), printed);
+        if (tree.nodes[node].type == STATEMENT) add_printed(tree, inst_subblock(tree, node), printed);
     }
 }
 
 std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& printed) {
-    const auto rises_to = [&](const inst& node, inst_index later) {
-        return later == no_inst || node.offset < tree.nodes[later].offset;
+    const auto rises_to = [&](inst_index node, inst_index later) {
+        return later == no_inst || tree.nodes[node].offset < tree.nodes[later].offset;
     };
-    for (const inst& node : tree.nodes) {
-        if (!rises_to(node, node.next) || !rises_to(node, inst_subblock(tree, node)))
+    for (inst_index node = 0; node < tree.nodes.size(); ++node) {
+        if (!rises_to(node, tree.nodes[node].next) || !rises_to(node, inst_subblock(tree, node)))
             return "a list's offsets do not rise";
     }
     const auto fall = std::adjacent_find(printed.begin(), printed.end(), std::greater_equal());
