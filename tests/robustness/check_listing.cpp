@@ -11,6 +11,7 @@
 
 #include "base/diagnostics.h"
 #include "driver/passes.h"
+#include "output/label.h"
 #include "output/print_text.h"
 
 namespace {

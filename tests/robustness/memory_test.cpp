@@ -131,6 +131,7 @@ TEST_F(memory_test, every_allocation_fails) {
         "memory exhausted!,parse code error: phase 2",
         "memory exhausted!,parse expression error,parse code error: phase 2",
         "memory exhausted!,parse conditon error,parse sub block error,parse code error: phase 2",
+        "memory exhausted!,parse expression error,parse conditon error,parse code error: phase 2",
         "memory exhausted!,parse expression error,parse sub block error,parse code error: phase 2",
         "memory exhausted!,parse sub block error,parse code error: phase 2",
         "memory exhausted!,parse variable/data error,parse code error: phase 2",
@@ -140,6 +141,16 @@ TEST_F(memory_test, every_allocation_fails) {
         "memory exhausted! (strdup),can't print,print error",
     };
     EXPECT_EQ(seen, expected);
+}
+
+TEST_F(memory_test, no_line_of_an_if_or_a_decl_is_torn) {
+    write_file("script", script_bytes{0xA1, 1, 2, 0x90, 0xA7, 0xA2, 0xA6, 5, 0xB2, 0xA8, 1, 2, 0x90, 0xA7});
+    const std::vector<const char*> arguments = {"varsul", "script", "-o", "listing", "-E", "messages"};
+    for (long n = 1;; ++n) {
+        const std::string listing = run_here(arguments, n).listing;
+        if (until_failure > 0) return;
+        EXPECT_TRUE(listing.empty() || listing.ends_with('\n')) << n;
+    }
 }
 
 }  // namespace
