@@ -143,14 +143,4 @@ TEST_F(memory_test, every_allocation_fails) {
     EXPECT_EQ(seen, expected);
 }
 
-TEST_F(memory_test, no_line_of_an_if_or_a_decl_is_torn) {
-    write_file("script", script_bytes{0xA1, 1, 2, 0x90, 0xA7, 0xA2, 0xA6, 5, 0xB2, 0xA8, 1, 2, 0x90, 0xA7});
-    const std::vector<const char*> arguments = {"varsul", "script", "-o", "listing", "-E", "messages"};
-    for (long n = 1;; ++n) {
-        const std::string listing = run_here(arguments, n).listing;
-        if (until_failure > 0) return;
-        EXPECT_TRUE(listing.empty() || listing.ends_with('\n')) << n;
-    }
-}
-
 }  // namespace
