@@ -128,10 +128,6 @@ result print_list(print_job& job, const node_list& list) {
         TRACE("print_conv(*, *, %d, %d, *): offset=%08X, code=%02X, type=%02X", list.end_offset, list.level,
               first.offset, first.code, first.type);
     }
-    if (list.level == 0) {
-        print_id(job);
-        print_options(job);
-    }
     for (inst_index node = list.first; node != no_inst; node = tree.nodes[node].next) {
         if (failed(print_node(job, node, list))) {
             return ERROR("can't print: offste=%08X", tree.nodes[node].offset);
@@ -154,6 +150,8 @@ void print_end(print_job& job) {
 }  // namespace
 
 result print_conv(print_job& job) {
+    print_id(job);
+    print_options(job);
     if (failed(print_list(job, {job.script.tree.root, job.script.data_size, 0}))) return result::failed;
     print_end(job);
     return result::ok;

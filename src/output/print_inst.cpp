@@ -85,9 +85,9 @@ void print_number_line(writer& out, int depth, std::string_view directive, std::
 // Lines of two bytes each, the last of one when the size is odd.
 void print_unknown(print_job& job, const inst& node, int depth, std::int32_t size) {
     const conv& script = job.script;
-    for (std::int32_t i = 0; i < size; i += 2) {
-        const std::int32_t offset = node.offset + i;
-        if (size - i == 1) {
+    for (std::int32_t left = size; left > 0; left -= 2) {
+        const std::int32_t offset = node.offset + (size - left);
+        if (left == 1) {
             print_number_line<2>(job.out, depth, ".unknown.byte", conv_byte(script, offset));
         } else {
             print_number_line<4>(job.out, depth, ".unknown", conv_int16(script, offset));

@@ -11,14 +11,16 @@ struct pending_expr {
     bool text_context;
 };
 
+// Blocks lie anywhere, so that a search among all nodes would wait for memory at each of its steps. One
+// among groups of neighbours does so at the last.
+constexpr std::size_t group_size = 32;
+
 struct typer {
     conv& script;
     inst_tree& tree;
-    array<std::int32_t> groups = {};  // the offset of the first of every 32 walked nodes
+    array<std::int32_t> groups = {};  // the offset of each group's first node
     array<pending_expr> pending = {};
 };
-
-constexpr std::size_t group_size = 32;
 
 result list_groups(typer& typing) {
     for (std::size_t node = 0; node < typing.tree.walked; node += group_size) {
@@ -27,14 +29,14 @@ result list_groups(typer& typing) {
     return result::ok;
 }
 
-// The walked node at an offset, or null. Blocks lie anywhere, so that a search among all nodes would
-// wait for memory at each of its steps; one among the groups does so at the last.
+// The walked node at an offset, or null.
 inst* find_node(const typer& typing, std::int32_t offset) {
     const array<std::int32_t>& groups = typing.groups;
-    const auto behind = std::upper_bound(groups.begin(), groups.end(), offset) - groups.begin();
-    if (behind == 0) return nullptr;
-    const std::size_t last = std::min<std::size_t>(static_cast<std::size_t>(behind) * group_size, typing.tree.walked);
-    for (std::size_t node = (static_cast<std::size_t>(behind) - 1) * group_size; node < last; ++node) {
+    const std::int32_t* const behind = std::upper_bound(groups.begin(), groups.end(), offset);
+    if (behind == groups.begin()) return nullptr;
+    const std::size_t first = static_cast<std::size_t>(behind - groups.begin() - 1) * group_size;
+    const std::size_t end = std::min<std::size_t>(first + group_size, typing.tree.walked);
+    for (std::size_t node = first; node < end; ++node) {
         if (typing.tree.nodes[node].offset == offset) return &typing.tree.nodes[node];
     }
     return nullptr;
