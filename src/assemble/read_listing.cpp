@@ -178,23 +178,23 @@ result read_unknown_line(reader& read, int bytes) {
 // The words of option lines.
 struct option_word {
     std::string_view name;
-    bool implicit_words::*implicit = nullptr;
+    bool listing_options::*flag = nullptr;
     int game = -1;
 };
 constexpr option_word option_words[] = {
     {.name = "kv", .game = static_cast<int>(game_mode_id::kelvorath)},
     {.name = "bh", .game = static_cast<int>(game_mode_id::brenhollow)},
     {.name = "qf", .game = static_cast<int>(game_mode_id::quillfen)},
-    {.name = "implicit-decl", .implicit = &implicit_words::decl},
-    {.name = "implicit-eval", .implicit = &implicit_words::eval},
-    {.name = "implicit-int32", .implicit = &implicit_words::int32},
-    {.name = "endif-without-if"},
+    {.name = "implicit-decl", .flag = &listing_options::implicit_decl},
+    {.name = "implicit-eval", .flag = &listing_options::implicit_eval},
+    {.name = "implicit-int32", .flag = &listing_options::implicit_int32},
+    {.name = "endif-without-if", .flag = &listing_options::endif_without_if},
 };
 
 result set_option(listing_state& state, const option_word& option, const std::uint8_t* place) {
     reader& read = state.read;
     assembly& to = read.to;
-    if (option.implicit != nullptr) to.implicit.*option.implicit = true;
+    if (option.flag != nullptr) to.option.*option.flag = true;
     if (option.game < 0) return result::ok;
     const auto game = static_cast<game_mode_id>(option.game);
     if (state.has_game && game != to.game_mode) return fault_at(read, place, "an option line above names another game");
@@ -324,7 +324,7 @@ result read_statement(listing_state& state, std::size_t size) {
     reader& read = state.read;
     const int found = find_code(characters(read.at), size);
     const auto code = static_cast<std::uint8_t>(found);
-    const bool is_declaration = found == OP_DECL || (read.to.implicit.decl && is_reference(found));
+    const bool is_declaration = found == OP_DECL || (read.to.option.implicit_decl && is_reference(found));
     if (found == no_code || (code_types[code] != STATEMENT && !is_declaration)) {
         return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
@@ -353,6 +353,11 @@ result read_word_line(listing_state& state) {
     return read_statement(state, size);
 }
 
+bool is_blank_line(const std::uint8_t* at) {
+    while (is_blank(*at)) ++at;
+    return *at == '\n';
+}
+
 // "; 00000000: 00 ..." or the end line; any other comment says nothing.
 result read_comment(listing_state& state) {
     reader& read = state.read;
@@ -370,8 +375,9 @@ result read_comment(listing_state& state) {
         if (!read.to.dumps.push_back({listed, script_size(read.to)})) return exhaust(read);
         return result::ok;
     }
-    const std::uint8_t* const end = start + (has_offset ? 12 : 2);
-    state.has_end |= (has_offset || start[1] == ' ') && starts_with(end, "END") && (is_blank(end[3]) || end[3] == '\n');
+    if (!has_offset && start[1] != ' ') return result::ok;
+    const std::uint8_t* const word = start + (has_offset ? 12 : 2);
+    state.has_end |= starts_with(word, "END") && is_blank_line(word + 3);
     return result::ok;
 }
 

@@ -65,12 +65,12 @@ failure fault_at(reader& read, const std::uint8_t* place, const char* format, ..
     (void)add_fault_list(read.to.faults, severity::error, source_file::listing, position_of(read, place), format,
                          arguments);
     va_end(arguments);
-    return failure();
+    return {};
 }
 
 failure exhaust(reader& read) {
     read.to.exhausted = true;
-    return failure();
+    return {};
 }
 
 result read_byte(reader& read, std::uint8_t& number) {
