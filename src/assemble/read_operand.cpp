@@ -13,12 +13,13 @@ result read_text_of_label(reader& read, const text_label& label) {
         return fault_at(read, read.at, "the text table has no row '%.*s'", shown_size(label.size), characters(read.at));
     }
     row->is_used = true;
-    // What is wrong with the row was reported when the table was read.
-    fault_list known;
-    quoted_text text = {to.table->file, source_file::table, known, to.table->file.begin() + row->text};
-    if (failed(read_quoted(text, to.script)) && !known.has_errors) return exhaust(read);
     read.at += label.size;
-    return result::ok;
+    if (row->is_wrong) {
+        put_byte(to, ' ');  // in place of the text that the row should have
+        return result::ok;
+    }
+    quoted_text text = {to.table->file, source_file::table, to.faults, to.table->file.begin() + row->text};
+    return failed(read_quoted(text, to.script)) ? exhaust(read) : result::ok;
 }
 
 result read_operand(reader& read, code_type type) {

@@ -108,7 +108,10 @@ result read_text_table(text_table& table, fault_list& faults) {
             continue;
         }
         const std::uint32_t count = faults.count;
-        if (failed(read_row(table, faults, line, bytes)) && faults.count == count) return result::failed;
+        const std::size_t rows = table.rows.size();
+        if (!failed(read_row(table, faults, line, bytes))) continue;
+        if (faults.count == count) return result::failed;
+        if (table.rows.size() != rows) table.rows.back().is_wrong = true;
     }
     if (!has_end) {
         (void)report(table, faults, last_character(table.file),

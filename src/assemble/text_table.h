@@ -22,6 +22,7 @@ struct text_row {
     std::uint32_t position;  // of the row in the table
     std::uint32_t text;      // of its text, behind the quote
     bool is_used = false;
+    bool is_wrong = false;  // which was reported
 };
 
 struct text_table {
