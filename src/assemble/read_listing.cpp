@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "assemble/read_data.h"
 #include "assemble/read_expression.h"
@@ -243,7 +244,10 @@ result read_line(listing_state& state) {
     reader& read = state.read;
     if (*read.at == ';') return read_comment(state);
     state.is_dumped = false;
-    if (state.has_end) return fault_at(read, read.at, "nothing may stand behind the end line");
+    if (state.has_end) {
+        (void)fault_at(read, std::exchange(read.at, read.to.listing.end()), "nothing may stand behind the end line");
+        return result::failed;
+    }
     if (*read.at == '"') {
         if (state.is_text_lost) {
             skip_line(read);
