@@ -8,6 +8,11 @@ constexpr std::int32_t stretch_size = 64;
 
 std::size_t stretch_of(std::int32_t offset) { return static_cast<std::size_t>(offset / stretch_size); }
 
+// How much walking a stretch costs at least that becomes known. Steps of blocks hold stretches themselves.
+std::int64_t spacing_of(const walk_memory& memory, path_role role) {
+    return role < path_role::item ? 4 * memory.spacing : memory.spacing;
+}
+
 std::uint8_t place_of(std::uint8_t parent_code) { return parent_code == OP_IF ? 1 : parent_code == OP_ELSE ? 2 : 0; }
 
 path_role role_from(path_role first, std::uint8_t place) {
@@ -80,13 +85,15 @@ result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
     return result::ok;
 }
 
-// Makes a known place of where the last step began.
-result know_last(walk_memory& memory, path& way) {
-    if (way.known != 0 && memory.places[way.known].offset == way.last.offset) return result::ok;
-    std::uint32_t at = 0;
-    if (failed(add_place(memory, way.role, way.last.offset, at))) return result::failed;
-    if (way.lead < 0) way.lead = way.last.cost - way.start;
-    return reach_place(memory, way, at);
+// Makes a known place on the way, which the edge ends at.
+result make_known(walk_memory& memory, path& way, const path_moment& moment) {
+    std::uint32_t at = find_place(memory, way.role, moment.offset);
+    if (at == 0 && failed(add_place(memory, way.role, moment.offset, at))) return result::failed;
+    if (way.lead < 0) way.lead = moment.cost - way.first.cost;
+    if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
+    way.edge = {};
+    way.edge_start = moment.cost;
+    return result::ok;
 }
 
 // How many places a leap from before `next` goes over: either one or, so that leaps grow as they do in a
@@ -169,7 +176,7 @@ result start_remembering(walk_memory& memory) {
     const std::int32_t size = memory.script.data_size;
     const bool pays = phase_1_looks > size || walks_remember == remembering::always;
     if (memory.is_on || !pays || walks_remember == remembering::never) return result::ok;
-    if (walks_remember == remembering::always) memory.spacing = 1;
+    if (walks_remember == remembering::always) memory.spacing = 0;
     const std::size_t stretches = stretch_of(size) + 1;
     const bool has_memory = memory.stretches.assign_zero(stretches) && memory.latest.assign_zero(2 * stretches) &&
                             memory.steps.assign_zero(static_cast<std::size_t>(size) / 8 + 1);
@@ -183,31 +190,38 @@ result start_remembering(walk_memory& memory) {
 path begin_path(const walk_memory& memory, path_role role, std::int32_t offset) {
     path way = {.role = role};
     if (!memory.is_on) return way;
-    way.last = moment_at(memory, offset, 0);
-    way.start = way.edge_start = memory.cost;
+    way.first = way.last = moment_at(memory, offset, 0);
+    way.edge_start = memory.cost;
     way.trail = memory.trail.size();
     return way;
 }
 
+// Places become known at both ends of a stretch that costs enough and before a step that costs half of it:
+// there ways join. But hardly any other walk comes to where a text or a top-level walk begins.
 result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (offset == way.last.offset) return result::ok;
     const effect step = last_step(memory, way, balance, need);
-    if (memory.cost - way.edge_start >= memory.spacing) {
-        if (failed(know_last(memory, way))) return result::failed;
-        way.edge = step;
-        way.edge_start = way.last.cost;
-    } else {
-        way.edge = join(way.edge, step);
-    }
+    const std::int64_t spacing = spacing_of(memory, way.role);
+    const bool is_dear = 2 * (memory.cost - way.last.cost) >= spacing;
+    const bool is_start = way.role == path_role::top_level && way.last.cost == way.first.cost;
+    if (is_dear && !is_start && failed(make_known(memory, way, way.last))) return result::failed;
+    way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
-    return result::ok;
+    if (is_dear || memory.cost - way.edge_start < spacing) return result::ok;
+    if (way.known == 0 && way.role != path_role::text) {
+        const effect edge = way.edge;
+        if (failed(make_known(memory, way, way.first))) return result::failed;
+        way.edge = edge;
+    }
+    return make_known(memory, way, way.last);
 }
 
 result pass_known(walk_memory& memory, path& way, std::int32_t& offset, std::int32_t& balance, std::int32_t need) {
     if (failed(take_step(memory, way, offset, balance, need))) return result::failed;
     std::uint32_t at = find_place(memory, way.role, offset);
-    if (at == 0 || at == way.known) return result::ok;
-    if (failed(reach_place(memory, way, at)) || failed(follow(memory, at, balance))) return result::failed;
+    if (at == 0) return result::ok;
+    if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
+    if (failed(follow(memory, at, balance))) return result::failed;
     offset = memory.places[at].offset;
     way.known = at;
     way.edge = {};
@@ -220,16 +234,13 @@ result end_path(walk_memory& memory, path& way, std::int32_t offset, std::int32_
     if (!memory.is_on) return result::ok;
     if (failed(take_step(memory, way, offset, balance, need))) return result::failed;
     // Where a reference ends depends on its balance, so that the place is of no use to others.
-    const bool is_kept = way.role != path_role::reference && 4 * (memory.cost - way.edge_start) >= memory.spacing;
-    if (way.known != 0 && is_kept) {
-        std::uint32_t at = find_place(memory, way.role, offset);
-        if (at == 0 && failed(add_place(memory, way.role, offset, at))) return result::failed;
-        if (failed(reach_place(memory, way, at))) return result::failed;
-    }
+    const bool is_kept = way.known != 0 && way.role != path_role::reference &&
+                         4 * (memory.cost - way.edge_start) >= spacing_of(memory, way.role);
+    if (is_kept && failed(make_known(memory, way, way.last))) return result::failed;
     for (; memory.trail.size() > way.trail; memory.trail.pop_back()) {
         find_leap(memory, memory.places[memory.trail.back()]);
     }
-    if (way.lead >= 0) memory.cost = way.start + way.lead + 1;
+    if (way.lead >= 0) memory.cost = way.first.cost + way.lead + 1;
     return result::ok;
 }
 

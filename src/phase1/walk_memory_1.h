@@ -81,7 +81,7 @@ struct walk_memory {
     conv& script;
     bool is_on = false;
     std::int64_t cost = 0;  // looks, but few for what need not be walked again
-    std::int64_t spacing = 32;
+    std::int64_t spacing = 16;
     array<known_place> places = {};       // the first is none
     array<std::uint32_t> stretches = {};  // the first known place of each stretch of the script
     array<std::uint32_t> trail = {};      // places whose leaps are to be found, in the order of the way
@@ -109,12 +109,12 @@ struct path_moment {
 // One walk in one role.
 struct path {
     path_role role = path_role::top_level;
-    std::uint32_t known = 0;   // the last known place on it, if any
-    effect edge = {};          // from there to where the last step began
-    path_moment last = {};     // where the last step began
-    std::int64_t start = 0;       // the cost when the walk began
-    std::int64_t edge_start = 0;  // and where the edge begins
-    std::int64_t lead = -1;       // from the start to the first known place
+    std::uint32_t known = 0;      // the last known place on it, if any
+    effect edge = {};             // from there to where the last step began
+    path_moment first = {};       // where the walk began
+    path_moment last = {};        // where the last step did
+    std::int64_t edge_start = 0;  // the cost where the edge begins
+    std::int64_t lead = -1;       // the cost from the start to the first known place
     std::size_t trail = 0;
 };
 
