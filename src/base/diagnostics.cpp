@@ -75,3 +75,5 @@ void report_at(const char* severity, int line, const char* format, ...) {
     put_message(severity, line, format, arguments);
     va_end(arguments);
 }
+
+failure memory_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }

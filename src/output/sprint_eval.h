@@ -3,11 +3,23 @@
 
 #include <cstddef>
 
-#include "output/listing.h"
+#include "base/array.h"
+#include "model/conv.h"
+
+// A part of an expression that is rendered later.
+enum class piece_kind : std::uint8_t;
+struct pending_piece {
+    std::uint32_t item;
+    piece_kind kind;
+    std::uint8_t code;
+};
 
 // The longest rendering of an expression. What goes beyond is cut off.
 inline constexpr std::size_t max_expression = 4095;
 
-// Prints the expression of a VALUE or VARIABLE operand, cut to its first max_expression characters.
-// Fails, after an ERROR line and with nothing written, when memory runs out.
-result sprint_eval(listing& print, const operand& param);
+// The room that the rendering takes: the last step may pass the limit, a name's padding included.
+inline constexpr std::size_t expression_room = max_expression + 3 * code_name::max_size;
+
+// Renders the expression of a VALUE or VARIABLE operand at `to`, which it moves behind the rendering. What `pieces`
+// holds is lost. Fails, after an ERROR line, when memory runs out.
+result sprint_eval(const conv& script, array<pending_piece>& pieces, const operand& param, char*& to);

@@ -1,6 +1,7 @@
 #include "phase1/parse_operand_1.h"
 
 #include "base/diagnostics.h"
+#include "model/reference.h"
 
 namespace {
 
@@ -47,33 +48,20 @@ result parse_eval_1(walk_memory& memory, std::int32_t& cursor) {
 
 result parse_var_1(walk_memory& memory, std::int32_t& cursor) {
     const conv& script = memory.script;
-    std::int32_t depth = 0;  // values on the evaluation stack
-    std::int32_t need = 0;   // of the item before
-    std::uint8_t code = 0;
+    reference read = {cursor};
     path way = begin_path(memory, path_role::reference, cursor);
+    std::int32_t need = 0;
+    std::uint8_t code = 0;
     std::int32_t position = cursor;
-    while (position < script.data_size) {
-        if (failed(pass(memory, way, position, depth, need))) return result::failed;
-        const std::int32_t balance = depth;
+    while (position < script.data_size && !read.is_closed) {
+        if (failed(pass(memory, way, position, read.depth, need))) return result::failed;
         code = conv_byte(script, position);
-        const code_type type = code_info[code].item_type;
-        need = 0;
-        if (type == OPERATOR || type == FUNCTION) {
-            depth -= code_info[code].num_params;
-            if (depth < 0) {
-                return ERROR("can't find variable/data: stack exhausted: offset=%08X, %08X, code=%02X, type=%02X",
-                             cursor, position, code, type);
-            }
-            need = code_info[code].num_params + (is_reference(code) ? 1 : 0);
-        }
-        const bool is_last = is_reference(code) && depth == 0;
-        if (is_last && failed(end_path(memory, way, position, balance))) return result::failed;
+        need = least_depth(code);
+        if (failed(add_reference_item(read, position, code_info[code].item_type, code))) return result::failed;
         if (failed(scan_item(memory, position, code))) return result::failed;
-        if (is_last) break;
-        ++depth;
     }
     // At the script's end the last opcode alone decides.
-    if (!is_reference(code)) return ERROR("variable/data not found: offset=%08X", cursor);
+    if (!is_reference(code)) return report_open_reference(read);
     cursor = position;
-    return result::ok;
+    return end_path(memory, way, position, read.depth, need);
 }
