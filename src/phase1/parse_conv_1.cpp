@@ -16,7 +16,7 @@
 
 namespace {
 
-struct walker {
+struct walk_state {
     conv& script;
     // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
     // lowest on top. Those walked since are dropped when they come up.
@@ -27,25 +27,25 @@ struct walker {
 
 // One walk: the top level or a sub block. The cursor moves on as the walk consumes bytes; it may
 // stand behind the script's end when an operand is cut off there.
-struct walk {
-    walker& shared;
+struct block_walk {
+    walk_state& shared;
     conv& script;
     std::int32_t cursor;
     block_kind kind;
     bool is_cut = false;  // an operand was cut off by the script's end
 };
 
-result walk_block(walk& block);
+result walk_block(block_walk& block);
 
-bool at_end(const walk& block) { return block.cursor >= block.script.data_size; }
-std::uint8_t byte_at_cursor(const walk& block) { return conv_byte(block.script, block.cursor); }
+bool at_end(const block_walk& block) { return block.cursor >= block.script.data_size; }
+std::uint8_t byte_at_cursor(const block_walk& block) { return conv_byte(block.script, block.cursor); }
 
 // Bytes of the script from the cursor on.
-std::int32_t bytes_left(const walk& block) { return block.script.data_size - block.cursor; }
+std::int32_t bytes_left(const block_walk& block) { return block.script.data_size - block.cursor; }
 
-result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
+result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
     if (outer.shared.depth == max_nesting) return ERROR("nesting too deep: offset=%08X", opener);
-    walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
+    block_walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
     ++outer.shared.depth;
     const result outcome = walk_block(inner);
     --outer.shared.depth;
@@ -55,7 +55,7 @@ result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
 
 // Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked or
 // recorded before.
-result add_jump_target(walk& block, std::int32_t operand) {
+result add_jump_target(block_walk& block, std::int32_t operand) {
     conv& script = block.script;
     array<std::int32_t>& open = block.shared.open_targets;
     const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
@@ -71,7 +71,7 @@ result add_jump_target(walk& block, std::int32_t operand) {
 // The lowest jump target that was not walked yet, no_target if there is none. Targets below 0 are left to
 // the jump check.
 constexpr std::int32_t no_target = -1;
-std::int32_t lowest_open_target(walker& shared) {
+std::int32_t lowest_open_target(walk_state& shared) {
     array<std::int32_t>& open = shared.open_targets;
     for (; !open.empty(); open.pop_back()) {
         if (!offset_table_find(shared.script.code_offset_table, open[0])) return open[0];
@@ -82,7 +82,7 @@ std::int32_t lowest_open_target(walker& shared) {
 
 // Steps over the text at the cursor; where walks are remembered, by pieces. A malformed one is left to
 // text_length.
-result walk_text(walk& block) {
+result walk_text(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     std::int32_t length = 0;
     if (memory.is_on) {
@@ -104,19 +104,19 @@ result walk_text(walk& block) {
     return result::ok;
 }
 
-result walk_expression_operand(walk& block) {
+result walk_expression_operand(block_walk& block) {
     if (!failed(parse_eval_1(block.shared.memory, block.cursor))) return result::ok;
     return ERROR("parse expression failure: offset=%08X", block.cursor);
 }
 
-result walk_text_run(walk& block) {
+result walk_text_run(block_walk& block) {
     DEBUG("TEXT: offset=%08X", block.cursor);
     if (failed(add_code_offset(block.script, block.cursor, TEXT))) return result::failed;
     return walk_text(block);
 }
 
 // The branch of the if or else whose opcode is at `opener`; the cursor is at its first byte.
-result walk_branch(walk& block, std::int32_t opener, opcode code) {
+result walk_branch(block_walk& block, std::int32_t opener, opcode code) {
     if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", opener, code);
     if (failed(walk_sub_block(block, opener, {code, 0}))) return result::failed;
     if (at_end(block)) {
@@ -126,7 +126,7 @@ result walk_branch(walk& block, std::int32_t opener, opcode code) {
 }
 
 // The opcode and condition of an if, up to its branch.
-result begin_if(walk& block) {
+result begin_if(block_walk& block) {
     const std::int32_t start = block.cursor;
     DEBUG("IF: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -136,7 +136,7 @@ result begin_if(walk& block) {
     return walk_expression_operand(block);
 }
 
-result begin_else(walk& block) {
+result begin_else(block_walk& block) {
     DEBUG("ELSE: offset=%08X", block.cursor);
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
@@ -145,7 +145,7 @@ result begin_else(walk& block) {
 }
 
 // The endif of the if at `start`.
-result end_if(walk& block, std::int32_t start) {
+result end_if(block_walk& block, std::int32_t start) {
     if (byte_at_cursor(block) != OP_ENDIF) {
         return ERROR("'endif' not found: 'if'=%08X, offset=%08X, code=%02X", start, block.cursor,
                      byte_at_cursor(block));
@@ -157,7 +157,7 @@ result end_if(walk& block, std::int32_t start) {
 }
 
 // A1 condition branch, then A2, or A3 branch A2.
-result walk_if(walk& block) {
+result walk_if(block_walk& block) {
     const std::int32_t start = block.cursor;
     if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
     if (byte_at_cursor(block) == OP_ELSE) {
@@ -168,7 +168,7 @@ result walk_if(walk& block) {
 }
 
 // EF text: one keywords statement, up to its answer.
-result begin_keywords(walk& block) {
+result begin_keywords(block_walk& block) {
     const std::int32_t start = block.cursor;
     DEBUG("KEYWORDS: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -185,7 +185,7 @@ result begin_keywords(walk& block) {
 
 // The jump that ends an answer. Its operand may be cut off by the script's end; then the cursor
 // ends up behind it, which fails the walk.
-result walk_jump_of_answer(walk& block) {
+result walk_jump_of_answer(block_walk& block) {
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
     if (failed(add_code_offset(block.script, block.cursor, INT32))) return result::failed;
@@ -196,7 +196,7 @@ result walk_jump_of_answer(walk& block) {
     return result::ok;
 }
 
-result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
+result walk_end_of_chain(block_walk& block, std::int32_t keywords, bool chain_exit) {
     if (at_end(block)) {
         WARNING("'endanswer' not found: end of buffer: keywords=%08X, offset=%08X", keywords, block.cursor);
         return result::ok;
@@ -218,7 +218,7 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
 }
 
 // The jump or bye that ends an answer, if one does. `exits` counts them.
-result walk_exit_of_answer(walk& block, std::int32_t& exits) {
+result walk_exit_of_answer(block_walk& block, std::int32_t& exits) {
     if (at_end(block)) return result::ok;
     const std::uint8_t code = byte_at_cursor(block);
     if (code != OP_JUMP && code != OP_BYE) return result::ok;
@@ -230,7 +230,7 @@ result walk_exit_of_answer(walk& block, std::int32_t& exits) {
 }
 
 // Keywords statements one after the other, each with its answer, then EE.
-result walk_keywords_chain(walk& block) {
+result walk_keywords_chain(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     path way = begin_path(memory, role_of_chain(block.kind), block.cursor);
     std::int32_t exits = 0;  // answers that a jump or bye ended
@@ -260,7 +260,7 @@ constexpr number_form int32_form = {INT32, 4, "INT32"};
 constexpr number_form str32_form = {STR32, 5, "STR32"};
 
 // Records a number operand and moves behind it.
-result walk_number(walk& block, std::int32_t start, std::uint8_t code, const number_form& form) {
+result walk_number(block_walk& block, std::int32_t start, std::uint8_t code, const number_form& form) {
     if (bytes_left(block) < form.size) {
         return ERROR("end of buffer: offset=%08X, code=%02X, param=%08X, type=%s", start, code, block.cursor,
                      form.name);
@@ -271,7 +271,7 @@ result walk_number(walk& block, std::int32_t start, std::uint8_t code, const num
 }
 
 // Operand `k` of the statement at `start`; the cursor is at the operand, inside the script.
-result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
+result walk_operand(block_walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
     conv& script = block.script;
     const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
     const std::uint8_t first = byte_at_cursor(block);
@@ -308,7 +308,7 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
 }
 
 // ":=" and a value, which may follow the operand of "decl".
-result walk_assignment(walk& block) {
+result walk_assignment(block_walk& block) {
     const std::int32_t start = block.cursor;
     if (failed(add_code_offset(block.script, start, ASSIGN))) return result::failed;
     ++block.cursor;
@@ -317,7 +317,7 @@ result walk_assignment(walk& block) {
 }
 
 // Any statement that opens no block: its opcode, then its operands.
-result walk_statement(walk& block, std::uint8_t code) {
+result walk_statement(block_walk& block, std::uint8_t code) {
     const std::int32_t start = block.cursor;
     DEBUG("other CODE: offset=%08X, code=%02X", start, code);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -331,7 +331,7 @@ result walk_statement(walk& block, std::uint8_t code) {
 }
 
 // An expression that stands as a statement. One that fails may turn out to be a data block.
-result walk_expression(walk& block) {
+result walk_expression(block_walk& block) {
     DEBUG("EXPR: offset=%08X", block.cursor);
     if (failed(walk_expression_operand(block))) {
         if (failed(recover_as_data_block(block.script, block.cursor))) return result::failed;
@@ -342,7 +342,7 @@ result walk_expression(walk& block) {
 }
 
 // One step of a walk: whatever begins with the byte `code` at the cursor.
-result walk_step(walk& block, std::uint8_t code) {
+result walk_step(block_walk& block, std::uint8_t code) {
     switch (code_types[code]) {
         case TEXT:
         case MB_IN: return walk_text_run(block);
@@ -355,7 +355,7 @@ result walk_step(walk& block, std::uint8_t code) {
 }
 
 // At a data block start. `goes_on` tells whether the walk does, at another offset.
-result walk_past_data_block(walk& block, path& way, bool& goes_on) {
+result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
     walk_memory& memory = block.shared.memory;
     goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
@@ -374,7 +374,7 @@ result walk_past_data_block(walk& block, path& way, bool& goes_on) {
 }
 
 // Walks to the byte that closes the block, a data block or the script's end.
-result walk_block(walk& block) {
+result walk_block(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     const auto [parent_code, grandparent_code] = block.kind;
     const std::uint8_t closers = closers_of(block.kind);
@@ -414,8 +414,8 @@ result walk_block(walk& block) {
 
 result parse_conv_1(conv& script) {
     phase_1_looks = 0;
-    walker shared = {.script = script, .memory = {.script = script}};
-    walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
+    walk_state shared = {.script = script, .memory = {.script = script}};
+    block_walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
     const result outcome = walk_block(top_level);
     kept_messages = nullptr;
     return outcome;
