@@ -62,7 +62,11 @@ def ask_fish(line):
 
 def ask_zsh(line):
     """Types the line and a tab into an interactive zsh and returns what it shows."""
-    child, terminal = pty.fork()
+    try:
+        child, terminal = pty.fork()
+    except OSError as error:
+        print(f"no terminal for zsh: {error}")
+        sys.exit(SKIPPED)
     if child == 0:
         os.chdir(ROOT)
         os.environ["TERM"] = "dumb"
