@@ -8,7 +8,7 @@ syntax match varsulComment /;.*$/
 syntax match varsulDump /^; \x\{8}:.*$/
 syntax match varsulId /^; id: \x\{2,4}(\d\+)$/
 syntax match varsulReference /\<[LT]\x\{4}_\x\{4,}\>/
-syntax match varsulLabel /^L\x\{4}_\x\{8}:$/
+syntax match varsulLabel /^\h\w*:/
 syntax match varsulDirective /^\s*\zs\.\%(option\|data\|unknown\.byte\|unknown\)\>/ nextgroup=varsulOption skipwhite
 syntax match varsulOption /--[a-z0-9-]\+/ contained
 syntax match varsulStatement /^\s\+\zs[a-z]\w*\>/
