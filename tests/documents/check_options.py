@@ -103,10 +103,10 @@ def try_shell(shell, options):
             print(f"{shell}: no file name for {line!r}")
             same = False
     files = ask("varsul examples/lantern-k")
-    if ".scr" not in files or 0 <= files.find(".hex") < files.find(".scr"):
+    if ".scr" not in files or 0 <= files.find(".lst") < files.find(".scr"):
         print(f"{shell}: the script is not the first file offered")
         same = False
-    if "leave out the word eval" not in ask("varsul --omit"):
+    if "leave out the word eval" not in ask("varsul --omit-"):
         print(f"{shell}: nothing tells what an option does")
         same = False
     return same
