@@ -14,9 +14,6 @@ In a document, a comment gives a script's bytes (hex, quoted texts with the esca
 NAME is such a script or a file of examples/. KIND is listing, table (the text table), messages or
 beside (the listing of -d with the bytes on the left); FIRST-LAST picks lines of it. Numbers of
 source lines in messages are compared as any number. --update rewrites the blocks.
-
-The block after a comment "forms" names the forms of a listing's lines; every line of the examples'
-listings must have one of them, and no line two.
 """
 import pathlib, re, shlex, sys
 
@@ -26,7 +23,6 @@ sys.path.append(str(TESTS))
 from golden_test import run_tool, script_bytes
 SCRIPT = re.compile(r"<!-- script (\S+)\n(.*?)-->", re.S)
 SAMPLE = re.compile(r"(<!-- sample (\S+) (\w+)(?: (\d+)-(\d+))?: ?(.*?) ?-->\n```\w*\n)(.*?)(^```$)", re.S | re.M)
-FORMS = re.compile(r"<!-- forms -->\n```\w*\n(.*?)^```$", re.S | re.M)
 DUMP = re.compile(r"; ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: .*")
 
 
@@ -57,22 +53,6 @@ def beside(listing):
         put([], labels)
         put(rows, [line for line in text if line not in labels])
     return "".join(line + "\n" for line in shown)
-
-
-def lines_without_form(tool, forms):
-    table = [(line[:13].strip(), re.compile(line[14:])) for line in forms.splitlines()]
-    modes = {"lantern-keeper.scr": "--kv", "salt-ferry.scr": "--bh", "clockwork-orchard.scr": "--qf"}
-    used = set()
-    for example, mode in modes.items():
-        for options in [], ["-d"], ["-T"], ["--omit-decl", "--omit-eval", "--omit-int32"], ["--no-int16-to-text"]:
-            listing = run(tool, (EXAMPLES / example).read_bytes(), "listing", [mode, *options])
-            for line in listing.removesuffix("\n").split("\n"):
-                names = [name for name, form in table if form.fullmatch(line)]
-                used.update(names)
-                if len(names) != 1:
-                    yield f"{example} {options}: {line!r} has the forms {names}"
-    if unused := {name for name, _ in table} - used - {"unknown"}:
-        yield f"no line has the form {unused}"
 
 
 def without_numbers(text):
@@ -106,10 +86,6 @@ def main(arguments):
             return head + wanted + tail
 
         checked = SAMPLE.sub(check, text)
-        for forms in FORMS.findall(text):
-            for complaint in lines_without_form(tool, forms):
-                failures += 1
-                print(f"{name}: {complaint}")
         if len(SAMPLE.findall(text)) != text.count("<!-- sample ") or not scripts:
             sys.exit(f"{name}: a sample comment without its fenced block, or no script at all")
         if update and checked != text:
