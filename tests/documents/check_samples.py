@@ -11,9 +11,9 @@ In a document, a comment gives a script's bytes (hex, quoted texts with the esca
     -->
     <!-- sample NAME KIND [FIRST-LAST]: [OPTIONS] -->
 
-NAME is such a script or a file of examples/. KIND is listing, table (the text table), messages or
-beside (the listing of -d with the bytes on the left); FIRST-LAST picks lines of it. Numbers of
-source lines in messages are compared as any number. --update rewrites the blocks.
+NAME is such a script or a file of examples/. KIND is bytes (a hex dump of the script), listing, table
+(the text table) or messages; FIRST-LAST picks lines of it. Numbers of source lines in messages are
+compared as any number. --update rewrites the blocks.
 """
 import pathlib, re, shlex, sys
 
@@ -23,7 +23,6 @@ sys.path.append(str(TESTS))
 from golden_test import run_tool, script_bytes
 SCRIPT = re.compile(r"<!-- script (\S+)\n(.*?)-->", re.S)
 SAMPLE = re.compile(r"(<!-- sample (\S+) (\w+)(?: (\d+)-(\d+))?: ?(.*?) ?-->\n```\w*\n)(.*?)(^```$)", re.S | re.M)
-DUMP = re.compile(r"; ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: .*")
 
 
 def run(tool, script, kind, arguments):
@@ -34,25 +33,10 @@ def run(tool, script, kind, arguments):
     return files[{"table": "text", "messages": "messages"}.get(kind, "")].decode("cp932")
 
 
-def beside(listing):
-    """Bytes in rows of eight on the left, the lines that they give on the right."""
-    shown = []
-
-    def put(rows, lines):
-        for i in range(max(len(rows), len(lines))):
-            left = rows[i] if i < len(rows) else ""
-            shown.append(f"{left:34}  {lines[i] if i < len(lines) else ''}".rstrip())
-
-    for part in listing.split("\n\n"):
-        lines = part.rstrip("\n").split("\n")
-        dumps = [DUMP.fullmatch(line) for line in lines]
-        data = [(int(d[1], 16), d[2].split()) for d in dumps if d]
-        rows = [f"{at + i:08X}: {' '.join(row[i:i + 8])}" for at, row in data for i in range(0, len(row), 8)]
-        text = [line for line, d in zip(lines, dumps) if not d]
-        labels = [line for line in text if re.fullmatch(r"L\w+:", line)]
-        put([], labels)
-        put(rows, [line for line in text if line not in labels])
-    return "".join(line + "\n" for line in shown)
+def hex_dump(data):
+    """What xxd -g 1 prints."""
+    rows = [(at, data[at:at + 16]) for at in range(0, len(data), 16)]
+    return "".join(f"{at:08x}: {row.hex(' '):47}  {re.sub(rb'[^ -~]', b'.', row).decode()}\n" for at, row in rows)
 
 
 def without_numbers(text):
@@ -72,9 +56,7 @@ def main(arguments):
             nonlocal failures, count
             head, script, kind, first, last, options, shown, tail = match.groups()
             data = scripts[script] if script in scripts else (EXAMPLES / script).read_bytes()
-            wanted = run(tool, data, kind, shlex.split(options))
-            if kind == "beside":
-                wanted = beside(wanted)
+            wanted = hex_dump(data) if kind == "bytes" else run(tool, data, kind, shlex.split(options))
             if first:
                 wanted = "".join(wanted.splitlines(True)[int(first) - 1:int(last)])
             count += 1
