@@ -14,9 +14,14 @@ setlocal foldexpr=getline(v:lnum)=~#'^\\s'?indent(v:lnum)/4-1:-1
 
 " CTRL-] on a label goes to its line, CTRL-T back.
 function! s:Labels(pattern, flags, info) abort
-  let l:name = a:flags =~# 'r' ? '^' . a:pattern : a:flags =~# 'c' ? '^\V' . a:pattern . '\m:' : '^\%(' . a:pattern . '\)'
-  let l:lines = filter(range(1, line('$')), 'getline(v:val) =~# ''^\h\w*:'' && getline(v:val) =~# l:name')
-  return map(l:lines, '{"name": matchstr(getline(v:val), ''^\w*''), "filename": expand("%:p"), "cmd": string(v:val)}')
+  let l:tags = []
+  for l:line in range(1, line('$'))
+    let l:label = matchstr(getline(l:line), '^\s*\zs\h\w*\ze:=\@!')
+    if l:label !=# '' && (a:flags =~# 'r' ? l:label =~# a:pattern : l:label ==# a:pattern)
+      call add(l:tags, {'name': l:label, 'filename': expand('%:p'), 'cmd': string(l:line)})
+    endif
+  endfor
+  return l:tags
 endfunction
 let &l:tagfunc = expand('<SID>') . 'Labels'
 
