@@ -3,14 +3,14 @@
 
     check_forms.py TOOL LIST_LINES
 
-Every line of every listing of the golden cases and of the document's samples, and every line that LIST_LINES prints, must have one
+Every line of every listing of the golden cases, and every line that LIST_LINES prints, must have one
 of the forms, and no line two; what is a statement must be one by the grammar.
 """
 import pathlib, re, subprocess, sys, threading
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 sys.path.append(str(TESTS))
-from golden_test import run_tool, script_bytes
+from golden_test import run_tool, runs_of
 IMPLICIT = "decl", "eval", "int32"
 CUT = 4095  # characters of an expression
 
@@ -105,24 +105,17 @@ class Reader:
                 print(f"{names} with {left_out} left out: {line!r}")
 
 
-def golden_listings(tool, document):
-    samples = re.sub(r"<!-- script \w+\n(.*?)-->", lambda m: "=== \nscript:\n " + m[1].replace("\n", "\n "), document, flags=re.S)
-    for text in [samples, *(path.read_text() for path in sorted((TESTS / "cases").glob("*.case")))]:
-        options = []
-        for key, value in re.findall(r"^(=== |options:|script:)(.*(?:\n .*)*)", text, re.M):
-            words = re.sub("#.*", "", value).split()
-            if key == "script:":
-                status, files = run_tool(tool, [*options, "script"], script_bytes(value))
-                if status == 0 and files[""]:
-                    yield files[""], sum(1 << i for i, word in enumerate(IMPLICIT) if "--omit-" + word in options)
-            else:
-                options = words if key == "options:" else []
+def golden_listings(tool):
+    for path in sorted((TESTS / "cases").glob("*.case")):
+        for run in runs_of(path):
+            status, files = run_tool(tool, *run.command)
+            if status == 0 and files[""].startswith(b"; id: "):
+                yield files[""], sum(1 << i for i, word in enumerate(IMPLICIT) if f"--omit-{word}" in run.command[0])
 
 
 def check(tool, list_lines):
-    document = (TESTS.parent / "docs/listing.md").read_text(encoding="utf-8")
-    reader = Reader(document)
-    for listing, left_out in golden_listings(tool, document):
+    reader = Reader((TESTS.parent / "docs/listing.md").read_text(encoding="utf-8"))
+    for listing, left_out in golden_listings(tool):
         for line in listing.removesuffix(b"\n").split(b"\n"):
             reader.read(line, left_out)
     examples = sorted(map(str, (TESTS.parent / "examples").glob("*.scr")))
