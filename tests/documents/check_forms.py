@@ -3,8 +3,9 @@
 
     check_forms.py TOOL LIST_LINES
 
-Every line of every listing of the golden cases, and every line that LIST_LINES prints, must have one
-of the forms, and no line two; what is a statement must be one by the grammar.
+Every line of every listing of the golden cases and of the document itself, and every line that
+LIST_LINES prints, must have one of the forms, and no line two; what is a statement must be one by the
+grammar.
 """
 import pathlib, re, subprocess, sys, threading
 
@@ -105,17 +106,25 @@ class Reader:
                 print(f"{names} with {left_out} left out: {line!r}")
 
 
-def golden_listings(tool):
+def bits_of(options):
+    return sum(1 << i for i, word in enumerate(IMPLICIT) if f"--omit-{word}" in options)
+
+
+def listings(tool, document):
+    """Each with what is left out in it."""
+    for options, sample in re.findall(r"<!-- sample \S+ listing.*?:(.*?)-->\n```\w*\n(.*?)```", document, re.S):
+        yield sample.encode("cp932"), bits_of(options)
     for path in sorted((TESTS / "cases").glob("*.case")):
         for run in runs_of(path):
             status, files = run_tool(tool, *run.command)
             if status == 0 and files[""].startswith(b"; id: "):
-                yield files[""], sum(1 << i for i, word in enumerate(IMPLICIT) if f"--omit-{word}" in run.command[0])
+                yield files[""], bits_of(run.command[0])
 
 
 def check(tool, list_lines):
-    reader = Reader((TESTS.parent / "docs/listing.md").read_text(encoding="utf-8"))
-    for listing, left_out in golden_listings(tool):
+    document = (TESTS.parent / "docs/listing.md").read_text(encoding="utf-8")
+    reader = Reader(document)
+    for listing, left_out in listings(tool, document):
         for line in listing.removesuffix(b"\n").split(b"\n"):
             reader.read(line, left_out)
     examples = sorted(map(str, (TESTS.parent / "examples").glob("*.scr")))
