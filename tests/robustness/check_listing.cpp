@@ -11,6 +11,7 @@
 
 #include "base/diagnostics.h"
 #include "driver/passes.h"
+#include "driver/rebuild.h"
 #include "output/print_text.h"
 
 namespace {
@@ -147,12 +148,68 @@ std::string check_dump(const listing_run& run, bytes_view bytes) {
     return {};
 }
 
+source source_of(const array<char>& text) {
+    source copy;
+    if (failed(source_assign(copy, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))) std::abort();
+    return copy;
+}
+
+// Whether the listing does not show all of the script: a data block hides the branch of the statement
+// that it begins at, or a text that only a jump into a double-byte passage leads to has a zero byte.
+bool hides_bytes(const conv& script, std::size_t printed) {
+    for (const inst& node : script.tree.nodes) {
+        const operand param = inst_param(script.tree, node, 0);
+        const auto start = static_cast<std::uint32_t>(node.offset);
+        if (node.type == TEXT && start + text_of(script, param).size() != param.value) return true;
+    }
+    return printed != script.tree.nodes.size();
+}
+
+// An "eval" inside a reference is in the listing only while its word is not implicit.
+bool has_inner_eval(const conv& script) {
+    const array<expr_item>& items = script.tree.items;
+    for (const operand& param : script.tree.operands) {
+        if (param.type != VARIABLE) continue;
+        for (std::uint32_t i = 0; i < items[param.value].extent; ++i) {
+            const std::int32_t offset = items[param.value - i].offset;
+            const bool is_operator = offset_table_find(script.code_offset_table, offset) == OPERATOR;
+            if (is_operator && conv_byte(script, offset) == OP_EVAL) return true;
+        }
+    }
+    return false;
+}
+
+// What a listing may be refused for: it can be read in two ways, or does not say all.
+bool is_excused(std::string_view text) {
+    for (const char* excuse :
+         {"read in two ways", "was cut at", "no variable can be named by it", "in the jump above it as well"}) {
+        if (text.find(excuse) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+// The listing comes back as the script, or is refused for what it can't say.
+std::string check_way_back(const listing_run& run, const listing_request& request, bytes_view bytes,
+                           std::size_t printed) {
+    const source listing = source_of(run.listing);
+    const source table = source_of(run.text_table);
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, request.text_table ? &table : nullptr, script, faults);
+    if (outcome == rebuild_outcome::refused && is_excused(faults.items[0].text.data())) return {};
+    if (outcome == rebuild_outcome::built && std::ranges::equal(script, bytes)) return {};
+    if (hides_bytes(run.script, printed) || (request.options.omit_eval && has_inner_eval(run.script))) return {};
+    if (outcome == rebuild_outcome::built) return "the listing comes back as another script";
+    return "line " + std::to_string(faults.items[0].line) + ": " + faults.items[0].text.data();
+}
+
 std::string check_success(const listing_run& run, const listing_request& request, bytes_view bytes) {
     std::vector<std::int32_t> printed;
     add_printed(run.script.tree, run.script.tree.root, printed);
     std::string fault = check_order(run.script.tree, printed);
     if (fault.empty()) fault = check_labels(run, printed);
     if (fault.empty() && request.dump) fault = check_dump(run, bytes);
+    if (fault.empty()) fault = check_way_back(run, request, bytes, printed.size());
     return fault;
 }
 
