@@ -148,7 +148,7 @@ std::string check_dump(const listing_run& run, bytes_view bytes) {
     return {};
 }
 
-source source_of(const array<char>& text) {
+source source_of(std::string_view text) {
     source copy;
     if (failed(source_assign(copy, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))) std::abort();
     return copy;
@@ -191,8 +191,8 @@ bool is_excused(std::string_view text) {
 // The listing comes back as the script, or is refused for what it can't say.
 std::string check_way_back(const listing_run& run, const listing_request& request, bytes_view bytes,
                            std::size_t printed) {
-    const source listing = source_of(run.listing);
-    const source table = source_of(run.text_table);
+    const source listing = source_of(view(run.listing));
+    const source table = source_of(view(run.text_table));
     array<std::uint8_t> script;
     fault_list faults;
     const rebuild_outcome outcome = rebuild(listing, request.text_table ? &table : nullptr, script, faults);
@@ -211,6 +211,22 @@ std::string check_success(const listing_run& run, const listing_request& request
     if (fault.empty() && request.dump) fault = check_dump(run, bytes);
     if (fault.empty()) fault = check_way_back(run, request, bytes, printed.size());
     return fault;
+}
+
+// What the lines of a listing are: the names of statements, "text" for a text and "data" for data.
+std::vector<std::string_view> statements_of(std::string_view listing) {
+    std::vector<std::string_view> statements;
+    for (std::string_view line : lines_of(listing)) {
+        line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+        std::string_view word = line.substr(0, line.find_first_of(" \t\r;"));
+        if (word.starts_with("$") || word.starts_with("data(")) word = "decl";
+        if (word.starts_with("\"") || word.starts_with("T")) word = "text";
+        if (word.starts_with(".data") || word.starts_with(".unknown") || word == "enddata") word = "data";
+        if (word.empty() || word.ends_with(":") || word == ".option") continue;
+        const bool goes_on = !statements.empty() && statements.back() == word && (word == "text" || word == "data");
+        if (!goes_on) statements.push_back(word);
+    }
+    return statements;
 }
 
 }  // namespace
@@ -244,4 +260,28 @@ std::string check_listing(const listing_request& request, bytes_view bytes) {
                       view(first.text_table) == view(second.text_table) &&
                       view(first.messages) == view(second.messages);
     return same ? "" : "a second run gives something else";
+}
+
+std::string check_rebuild(bytes_view bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t end = std::min(text.find("# label"), text.size());
+    const source listing = source_of(text.substr(0, end));
+    const source table = source_of(text.substr(end));
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, end == text.size() ? nullptr : &table, script, faults);
+    if (outcome == rebuild_outcome::refused && faults.has_errors) return {};
+    if (outcome != rebuild_outcome::built || faults.has_errors) return "the outcome and the faults disagree";
+
+    listing_request request;
+    request.options.game_mode = options.game_mode;
+    request.options.no_int16_to_text = options.no_int16_to_text;
+    request.options.verbosity_parenthesis = true;
+    request.must_succeed = true;
+    std::string fault = check_listing(request, {script.data(), script.size()});
+    if (!fault.empty()) return fault;
+    listing_run again;
+    list_script(again, request, {script.data(), script.size()});
+    const std::string_view read(reinterpret_cast<const char*>(listing.begin()), listing.size);
+    return statements_of(read) == statements_of(view(again.listing)) ? "" : "what was accepted lists otherwise";
 }
