@@ -9,7 +9,8 @@ autocmd BufRead,StdinReadPost * if getline(1) =~# s:listing | unlet! b:did_ftplu
 " Double-byte texts are read in the scripts' own encoding, if they are not UTF-8 already, and written
 " back in it. 'fileencodings' has no value for one buffer: it is changed while the file is read.
 function! s:BeforeReading(file) abort
-  let l:first = filereadable(a:file) ? get(readfile(a:file, '', 1), 0, '') : ''
+  let l:is_small = filereadable(a:file) && getfsize(a:file) >= 0 && getfsize(a:file) < 0x4000000
+  let l:first = l:is_small ? get(readfile(a:file, '', 1), 0, '') : ''
   if l:first =~# s:listing || l:first =~# s:text_table
     let s:fileencodings = &fileencodings
     set fileencodings=ucs-bom,utf-8,cp932,latin1
