@@ -1,5 +1,7 @@
 #include "model/text.h"
 
+#include <algorithm>
+
 #include "base/diagnostics.h"
 
 namespace {
@@ -11,11 +13,12 @@ struct text_end {
     enum : std::uint8_t { proper, malformed, unclosed } state;
 };
 
-text_end find_text_end(std::span<const std::uint8_t> bytes) {
+// Looks no further than to the first place outside a passage at or behind `enough`.
+text_end find_text_end(std::span<const std::uint8_t> bytes, std::size_t enough) {
     std::size_t position = 0;
     for (;;) {
-        position = find_marked<mark_special>(bytes.data(), position, bytes.size());
-        if (position == bytes.size()) return {position, text_end::proper};
+        position = find_marked<mark_special>(bytes.data(), position, enough);
+        if (position >= enough) return {position, text_end::proper};
         if (code_types[bytes[position]] == TEXT) {
             ++position;
             continue;
@@ -31,22 +34,26 @@ text_end find_text_end(std::span<const std::uint8_t> bytes) {
         }
         if (position == bytes.size()) return {position, text_end::unclosed};
         ++position;
+        if (position >= enough) return {position, text_end::proper};
     }
 }
 
 }  // namespace
 
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
-    const text_end found = find_text_end(conv_bytes(script, start, end));
+    const std::span<const std::uint8_t> bytes = conv_bytes(script, start, end);
+    const text_end found = find_text_end(bytes, bytes.size());
     length = static_cast<std::int32_t>(found.position);
     if (found.state == text_end::malformed) return report_malformed_text(script, start + length, end);
     if (found.state == text_end::unclosed) return report_malformed_text(script, start, end);
     return result::ok;
 }
 
-bool is_outside_passage(const conv& script, std::int32_t start, std::int32_t position) {
-    const text_end found = find_text_end(conv_bytes(script, start, position));
-    return found.state == text_end::proper && static_cast<std::int32_t>(found.position) == position - start;
+std::int32_t text_piece(const conv& script, std::int32_t start) {
+    const std::span<const std::uint8_t> bytes = conv_bytes(script, start, script.data_size);
+    const auto enough = static_cast<std::size_t>(text_piece_size - start % text_piece_size);
+    const text_end found = find_text_end(bytes, std::min(enough, bytes.size()));
+    return found.state == text_end::proper ? static_cast<std::int32_t>(found.position) : -1;
 }
 
 failure report_malformed_text(const conv& script, std::int32_t offset, std::int32_t end) {

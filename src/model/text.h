@@ -21,8 +21,11 @@ constexpr byte_word mark_special(byte_word word) { return mark_below(word, 0x20)
 // malformed or not closed.
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length);
 
-// Whether a position of the well-formed text that begins at `start` lies outside its passages.
-bool is_outside_passage(const conv& script, std::int32_t start, std::int32_t position);
+// The length of a piece of that text: up to the first place outside a passage at or behind the next
+// multiple of text_piece_size, so that pieces of one text end at the same places wherever they begin. 0
+// where the text ends, -1 where it is malformed.
+constexpr std::int32_t text_piece_size = 64;
+std::int32_t text_piece(const conv& script, std::int32_t start);
 
 // Reports a malformed text and returns the failure: at `offset` stands either a lead byte without
 // its trail byte, or the first byte of a text with a passage that is not closed before `end`.
