@@ -28,7 +28,7 @@ lists it. FILE.lst is its listing, FILE.txt its text table.
 """
 import collections, difflib, os, pathlib, re, subprocess, sys, tempfile
 
-HEAD, END = b"; id: 07(7)\n    .option --kv\n\n", b"; END\n"
+HEAD, END = b"; id: 07(7)\n    .option --kv\n", b"; END\n"
 ENTRY = re.compile(r"^(===|\w+:)(.*\n(?: .*\n)*)((?:(?:!|[\w-]*\|).*\n|\n(?=[!|]))*)", re.M)
 Run = collections.namedtuple("Run", "name command status start end")  # the span of what it hands out
 

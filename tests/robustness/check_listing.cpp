@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <numeric>
 #include <set>
 #include <string_view>
 #include <vector>
@@ -97,18 +96,6 @@ void add_printed(const inst_tree& tree, inst_index first, std::vector<std::int32
     }
 }
 
-std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& printed) {
-    const auto rises_to = [&](inst_index node, inst_index later) {
-        return later == no_inst || tree.nodes[node].offset < tree.nodes[later].offset;
-    };
-    for (inst_index node = 0; node < tree.nodes.size(); ++node) {
-        if (!rises_to(node, tree.nodes[node].next) || !rises_to(node, inst_subblock(tree, node)))
-            return "a list's offsets do not rise";
-    }
-    const auto fall = std::adjacent_find(printed.begin(), printed.end(), std::greater_equal());
-    return fall == printed.end() ? "" : "the listing goes back";
-}
-
 // No label is defined twice. Each jump target is a node's offset and, where that is listed, has a label.
 std::string check_labels(const listing_run& run, const std::vector<std::int32_t>& printed) {
     std::set<std::size_t> labels;
@@ -128,36 +115,37 @@ std::string check_labels(const listing_run& run, const std::vector<std::int32_t>
     return {};
 }
 
-// How often each byte was counted, modulo 256.
-std::vector<std::uint8_t> counted(const conv& script) {
-    std::vector<std::uint8_t> counts(script.buffer.size() + 1);
-    for (const dump_change& change : script.dump_count) {
-        counts[static_cast<std::size_t>(change.offset)] += static_cast<std::uint8_t>(change.change);
+// What the report says of bytes that were dumped so often, modulo 256.
+std::string report_of(const std::vector<std::uint8_t>& counts) {
+    std::string report;
+    for (auto start = counts.begin(), end = start; start != counts.end(); start = end) {
+        end = std::find_if(start, counts.end(), [&](std::uint8_t count) { return count != *start; });
+        char line[64];
+        std::snprintf(line, sizeof line, "dump count = %4d: %08zX - %08zX\n", *start,
+                      static_cast<std::size_t>(start - counts.begin()),
+                      static_cast<std::size_t>(end - counts.begin()) - 1);
+        if (*start != 1) report += line;
     }
-    std::partial_sum(counts.begin(), counts.end(), counts.begin());
-    counts.pop_back();
-    return counts;
+    return report;
 }
 
-// The dump lines show the script's bytes, each as often as was counted; when the report says
-// nothing, they are the script. No other comment reaches the columns of a dump line's characters.
+// The dump lines show the script's bytes, and the report says how often. No other comment reaches the
+// columns of a dump line's characters.
 std::string check_dump(const listing_run& run, bytes_view bytes) {
     std::vector<std::uint8_t> counts(bytes.size());
-    std::vector<std::uint8_t> rebuilt;
     for (const std::string_view line : lines_of(view(run.listing))) {
         constexpr std::size_t columns = 62;
         if (!line.starts_with("; ") || line.size() <= columns) continue;
         std::size_t offset = hex_number(line.substr(2, 8));
         for (std::size_t i = 0; i < line.size() - columns; ++i, ++offset) {
-            rebuilt.push_back(static_cast<std::uint8_t>(hex_number(line.substr(12 + 3 * i, 2))));
-            if (offset >= bytes.size() || bytes[offset] != rebuilt.back()) return "wrong dump: " + std::string(line);
+            const bool is_right = offset < bytes.size() && bytes[offset] == hex_number(line.substr(12 + 3 * i, 2));
+            if (!is_right) return "wrong dump: " + std::string(line);
             ++counts[offset];
         }
     }
-    if (counts != counted(run.script)) return "the dump counts are wrong";
-    const bool has_report = last_line_starts_with(run.messages, "dump count = ");
-    if (has_report == (rebuilt == std::vector(bytes.begin(), bytes.end()))) return "the dump-count report is wrong";
-    return {};
+    const std::string_view messages = view(run.messages);
+    const std::size_t report = std::min(messages.find("dump count = "), messages.size());
+    return messages.substr(report) == report_of(counts) ? "" : "the dump-count report is wrong";
 }
 
 source source_of(std::string_view text) {
@@ -218,11 +206,12 @@ std::string check_way_back(const listing_run& run, const listing_request& reques
 std::string check_success(const listing_run& run, const listing_request& request, bytes_view bytes) {
     std::vector<std::int32_t> printed;
     add_printed(run.script.tree, run.script.tree.root, printed);
-    std::string fault = check_order(run.script.tree, printed);
-    if (fault.empty()) fault = check_labels(run, printed);
+    if (std::adjacent_find(printed.begin(), printed.end(), std::greater_equal()) != printed.end()) {
+        return "the listing goes back";
+    }
+    std::string fault = check_labels(run, printed);
     if (fault.empty() && request.dump) fault = check_dump(run, bytes);
-    if (fault.empty()) fault = check_way_back(run, request, bytes, printed.size());
-    return fault;
+    return fault.empty() ? check_way_back(run, request, bytes, printed.size()) : fault;
 }
 
 // What the lines of a listing are: the names of statements, "text" for a text and "data" for data.
