@@ -216,16 +216,20 @@ std::string check_success(const listing_run& run, const listing_request& request
 
 // What the lines of a listing are: the names of statements, "text" for a text and "data" for data.
 std::vector<std::string_view> statements_of(std::string_view listing) {
+    constexpr std::string_view names = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.";
     std::vector<std::string_view> statements;
     for (std::string_view line : lines_of(listing)) {
         line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
-        std::string_view word = line.substr(0, line.find_first_of(" \t\r;"));
-        if (word.starts_with("$") || word.starts_with("data(")) word = "decl";
-        if (word.starts_with("\"") || word.starts_with("T")) word = "text";
-        if (word.starts_with(".data") || word.starts_with(".unknown") || word == "enddata") word = "data";
-        if (word.empty() || word.ends_with(":") || word == ".option") continue;
+        const std::size_t end = std::min(line.find_first_not_of(names), line.size());
+        std::string_view word = line.substr(0, end);
+        const std::string_view behind = line.substr(end);
+        const bool is_label = !word.empty() && behind.starts_with(":") && !behind.starts_with(":=");
+        if (is_label || line.starts_with(";") || word == ".option") continue;
+        if (line.starts_with("$") || word == "data") word = "decl";
+        if (line.starts_with("\"") || line.starts_with("T")) word = "text";
+        if (word.starts_with(".") || word == "enddata") word = "data";
         const bool goes_on = !statements.empty() && statements.back() == word && (word == "text" || word == "data");
-        if (!goes_on) statements.push_back(word);
+        if (!word.empty() && !goes_on) statements.push_back(word);
     }
     return statements;
 }
