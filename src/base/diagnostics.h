@@ -7,12 +7,22 @@
 #include "base/result.h"
 #include "base/writer.h"
 
-// Where messages go: standard error, the file named by "-E", or memory in tests. They are
-// buffered; the driver flushes them before the listing starts and when the run ends.
+// Where messages go: standard error, the file named by "-E", or memory in tests. They are buffered;
+// the driver flushes them before it opens an output, before any of the listing and when the run ends.
 inline constinit writer diagnostics;
 
-// How many messages the process has reported.
-inline std::uint32_t reported_messages = 0;
+// A copy of what is reported, for saying it again. What does not fit is counted.
+struct message_copy {
+    array<char> text;
+    std::size_t limit = 0;
+    std::uint32_t lost = 0;
+};
+
+// Takes a copy of each message, when there is one.
+inline message_copy* kept_messages = nullptr;
+
+// Says again what lies between two places of a copy.
+void repeat_messages(const message_copy& copy, std::size_t begin, std::size_t end);
 
 // A message was too long for the memory there is, or for printing at all, and was cut. The run
 // can't end well then.
@@ -36,9 +46,11 @@ inline bool verbose(int level) { return options.verbose_level >= level; }
 // The driver's own messages carry no number.
 #define RUN_ERROR(...) (report("ERROR", __VA_ARGS__), failure())
 
+// Reports that there is no memory for `size` bytes.
+failure memory_exhausted(std::size_t size);
+
 // Adds an item to an array. Fails, after its message, when memory runs out.
 template <class T>
 result push(array<T>& items, const T& item) {
-    if (items.push_back(item)) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
+    return items.push_back(item) ? result::ok : memory_exhausted(items.growth_bytes());
 }
