@@ -24,6 +24,7 @@ public:
     // on: handing on may end the process, when it writes to a pipe that nobody reads any more.
     void open(int descriptor, writer* earlier = nullptr);
     void open(array<char>& memory);  // starts anew; the bytes are added to `memory`
+    void discard();                  // starts anew; what is put is lost
     void flush();
     [[nodiscard]] int error() const { return error_; }
 

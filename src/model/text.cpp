@@ -4,41 +4,25 @@
 
 #include "base/diagnostics.h"
 
-namespace {
-
-// Where a text ends, or the fault that stops it: a lead byte without its trail byte, or a passage
-// that is open at the end of the bytes.
-struct text_end {
-    std::size_t position;
-    enum : std::uint8_t { proper, malformed, unclosed } state;
-};
-
-// Looks no further than to the first place outside a passage at or behind `enough`.
 text_end find_text_end(std::span<const std::uint8_t> bytes, std::size_t enough) {
+    bool in_passage = false;
     std::size_t position = 0;
     for (;;) {
-        position = find_marked<mark_special>(bytes.data(), position, enough);
-        if (position >= enough) return {position, text_end::proper};
-        if (code_types[bytes[position]] == TEXT) {
-            ++position;
-            continue;
-        }
-        if (code_types[bytes[position]] != MB_IN) return {position, text_end::proper};
-        // A passage, up to its "}".
-        for (++position; position < bytes.size() && code_types[bytes[position]] != MB_OUT; ++position) {
-            if (!is_lead_byte(bytes[position])) continue;
-            if (bytes.size() - position < 2 || !is_trail_byte(bytes[position + 1])) {
-                return {position, text_end::malformed};
-            }
-            ++position;
-        }
+        if (!in_passage && position < enough) position = find_marked<mark_special>(bytes.data(), position, enough);
+        if (!in_passage && position >= enough) return {position, text_end::proper};
         if (position == bytes.size()) return {position, text_end::unclosed};
+        const std::uint8_t next = bytes.size() - position < 2 ? std::uint8_t{0} : bytes[position + 1];
+        switch (text_item_at(in_passage, bytes[position], next)) {
+            case text_item::single: break;
+            case text_item::pair: ++position; break;
+            case text_item::opens: in_passage = true; break;
+            case text_item::closes: in_passage = false; break;
+            case text_item::half: return {position, text_end::malformed};
+            case text_item::none: return {position, text_end::proper};
+        }
         ++position;
-        if (position >= enough) return {position, text_end::proper};
     }
 }
-
-}  // namespace
 
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
     const std::span<const std::uint8_t> bytes = conv_bytes(script, start, end);

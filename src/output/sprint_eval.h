@@ -5,6 +5,7 @@
 
 #include "base/array.h"
 #include "model/conv.h"
+#include "model/infix.h"
 
 // A part of an expression that is rendered later.
 enum class piece_kind : std::uint8_t;
@@ -13,9 +14,6 @@ struct pending_piece {
     piece_kind kind;
     std::uint8_t code;
 };
-
-// The longest rendering of an expression. What goes beyond is cut off.
-inline constexpr std::size_t max_expression = 4095;
 
 // The room that the rendering takes: the last step may pass the limit, a name's padding included.
 inline constexpr std::size_t expression_room = max_expression + 3 * code_name::max_size;

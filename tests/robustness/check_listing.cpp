@@ -11,6 +11,7 @@
 
 #include "base/diagnostics.h"
 #include "driver/passes.h"
+#include "driver/rebuild.h"
 #include "output/print_text.h"
 #include "phase1/walk_memory_1.h"
 
@@ -147,14 +148,90 @@ std::string check_dump(const listing_run& run, bytes_view bytes) {
     return messages.substr(report) == report_of(counts) ? "" : "the dump-count report is wrong";
 }
 
+source source_of(std::string_view text) {
+    source copy;
+    if (failed(source_assign(copy, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))) std::abort();
+    return copy;
+}
+
+// Whether the listing does not show all of the script: a data block hides the branch of the statement
+// that it begins at, or a text that only a jump into a double-byte passage leads to has a zero byte.
+bool hides_bytes(const conv& script, std::size_t printed) {
+    for (const inst& node : script.tree.nodes) {
+        const operand param = inst_param(script.tree, node, 0);
+        const auto start = static_cast<std::uint32_t>(node.offset);
+        if (node.type == TEXT && start + text_of(script, param).size() != param.value) return true;
+    }
+    return printed != script.tree.nodes.size();
+}
+
+// An "eval" inside a reference is in the listing only while its word is not implicit.
+bool has_inner_eval(const conv& script) {
+    const array<expr_item>& items = script.tree.items;
+    for (const operand& param : script.tree.operands) {
+        if (param.type != VARIABLE) continue;
+        for (std::uint32_t i = 0; i < items[param.value].extent; ++i) {
+            const std::int32_t offset = items[param.value - i].offset;
+            const bool is_operator = offset_table_find(script.code_offset_table, offset) == OPERATOR;
+            if (is_operator && conv_byte(script, offset) == OP_EVAL) return true;
+        }
+    }
+    return false;
+}
+
+// What a listing may be refused for: it can be read in two ways, or does not say all.
+bool is_excused(std::string_view text) {
+    for (const char* excuse :
+         {"read in two ways", "was cut at", "no variable can be named by it", "in the jump above it as well"}) {
+        if (text.find(excuse) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+// The listing comes back as the script, or is refused for what it can't say.
+std::string check_way_back(const listing_run& run, const listing_request& request, bytes_view bytes,
+                           std::size_t printed) {
+    const source listing = source_of(view(run.listing));
+    const source table = source_of(view(run.text_table));
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, request.text_table ? &table : nullptr, script, faults);
+    if (outcome == rebuild_outcome::refused && is_excused(faults.items[0].text.data())) return {};
+    if (outcome == rebuild_outcome::built && std::ranges::equal(script, bytes)) return {};
+    if (hides_bytes(run.script, printed) || (request.options.omit_eval && has_inner_eval(run.script))) return {};
+    if (outcome == rebuild_outcome::built) return "the listing comes back as another script";
+    return "line " + std::to_string(faults.items[0].line) + ": " + faults.items[0].text.data();
+}
+
 std::string check_success(const listing_run& run, const listing_request& request, bytes_view bytes) {
     std::vector<std::int32_t> printed;
     add_printed(run.script.tree, run.script.tree.root, printed);
     if (std::adjacent_find(printed.begin(), printed.end(), std::greater_equal()) != printed.end()) {
         return "the listing goes back";
     }
-    const std::string fault = check_labels(run, printed);
-    return fault.empty() && request.dump ? check_dump(run, bytes) : fault;
+    std::string fault = check_labels(run, printed);
+    if (fault.empty() && request.dump) fault = check_dump(run, bytes);
+    return fault.empty() ? check_way_back(run, request, bytes, printed.size()) : fault;
+}
+
+// What the lines of a listing are: the names of statements, "text" for a text and "data" for data.
+std::vector<std::string_view> statements_of(std::string_view listing) {
+    constexpr std::string_view names = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.";
+    std::vector<std::string_view> statements;
+    for (std::string_view line : lines_of(listing)) {
+        line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+        const std::size_t end = std::min(line.find_first_not_of(names), line.size());
+        std::string_view word = line.substr(0, end);
+        const std::string_view behind = line.substr(end);
+        const bool is_label = !word.empty() && behind.starts_with(":") && !behind.starts_with(":=");
+        if (is_label || line.starts_with(";") || word == ".option") continue;
+        if (line.starts_with("$") || word == "data") word = "decl";
+        if (line.starts_with("\"") || line.starts_with("T")) word = "text";
+        if (word.starts_with(".") || word == "enddata") word = "data";
+        const bool goes_on = !statements.empty() && statements.back() == word && (word == "text" || word == "data");
+        if (!word.empty() && !goes_on) statements.push_back(word);
+    }
+    return statements;
 }
 
 }  // namespace
@@ -196,4 +273,28 @@ std::string check_listing(const listing_request& request, bytes_view bytes) {
         if (!same) return "walks that remember, or do not, give something else";
     }
     return {};
+}
+
+std::string check_rebuild(bytes_view bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t end = std::min(text.find("# label"), text.size());
+    const source listing = source_of(text.substr(0, end));
+    const source table = source_of(text.substr(end));
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, end == text.size() ? nullptr : &table, script, faults);
+    if (outcome == rebuild_outcome::refused && faults.has_errors) return {};
+    if (outcome != rebuild_outcome::built || faults.has_errors) return "the outcome and the faults disagree";
+
+    listing_request request;
+    request.options.game_mode = options.game_mode;
+    request.options.no_int16_to_text = options.no_int16_to_text;
+    request.options.verbosity_parenthesis = true;
+    request.must_succeed = true;
+    std::string fault = check_listing(request, {script.data(), script.size()});
+    if (!fault.empty()) return fault;
+    listing_run again;
+    list_script(again, request, {script.data(), script.size()});
+    const std::string_view read(reinterpret_cast<const char*>(listing.begin()), listing.size);
+    return statements_of(read) == statements_of(view(again.listing)) ? "" : "what was accepted lists otherwise";
 }
