@@ -182,7 +182,8 @@ constexpr bool rows_ascend() {
 }
 
 constexpr bool items_have_sizes() {
-    return std::ranges::all_of(stored_table, [](const code_info_entry& entry) { return entry.item_size != 0; });
+    return std::all_of(stored_table.begin(), stored_table.end(),
+                       [](const code_info_entry& entry) { return entry.item_size != 0; });
 }
 
 constexpr std::size_t count_of(code_type type) {

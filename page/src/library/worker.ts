@@ -1,0 +1,79 @@
+// Runs the library, away from the page.
+import { readOutline } from "../listing/outline";
+import { offsetsOf } from "../listing/offsets";
+import { textRows } from "../listing/texts";
+import { answerRequests } from "../remote/answer";
+import { decode } from "../script/encoding";
+import { games, type Bytes, type Game, type Listed, type Summary } from "../script/script";
+import { Library } from "./library";
+import type { ListedWithDump, Requests } from "./protocol";
+
+const none: ReadonlySet<never> = new Set();
+
+// A library that grew beyond this many bytes makes way for a new one.
+const mostMemory = 128 * 1024 * 1024;
+
+let module: WebAssembly.Module;
+let library: Library | null = null;
+
+function withLibrary<T>(use: (library: Library) => T): T {
+  library ??= new Library(module);
+  try {
+    const result = use(library);
+    if (library.memory > mostMemory) library = null;
+    return result;
+  } catch (fault) {
+    library = null;
+    throw fault instanceof RangeError || fault instanceof WebAssembly.RuntimeError
+      ? new Error("The memory for this script is exhausted.")
+      : fault;
+  }
+}
+
+// A listing without its option lines, which name the game.
+const body = (listing: Bytes) => decode(listing).replace(/^ {4}\.option .*\n/gm, "");
+
+function summarise(bytes: Bytes, game: Game): Summary {
+  return withLibrary((library) => {
+    const listed = library.list(bytes, game, none);
+    const others = games
+      .filter((other) => other !== game)
+      .map((other) => ({ game: other, ...library.list(bytes, other, none) }));
+    const alike = (other: Listed) => other.status === 0 && sameBytes(other, listed);
+    const listing = decode(listed.listing);
+    const offsets = offsetsOf(listing, decode(library.list(bytes, game, new Set(["dump"])).listing));
+    const outline = readOutline(listing, undefined, (line) => offsets[line - 1]! >= 0);
+    return {
+      status: listed.status !== 0 ? "failed" : listed.messages.includes("WARNING") ? "warnings" : "listed",
+      speakerId: outline.speakerId,
+      speakerName: outline.statements.find((statement) => statement.name === "sident")?.text ?? "",
+      texts: textRows(decode(listed.table), outline),
+      messages: listed.messages,
+      listedBy: [
+        ...(listed.status === 0 ? [game] : []),
+        ...others.filter((other) => other.status === 0).map((other) => other.game),
+      ],
+      alike: others.filter(alike).map((other) => other.game),
+    };
+  });
+}
+
+function sameBytes(one: Listed, other: Listed): boolean {
+  return one.listing.length === other.listing.length && body(one.listing) === body(other.listing);
+}
+
+function list({ bytes, game, options }: Requests["list"]["input"]): ListedWithDump {
+  return withLibrary((library) => {
+    const chosen = new Set(options);
+    const listed = library.list(bytes, game, chosen);
+    const withDump = chosen.has("dump")
+      ? listed.listing
+      : library.list(bytes, game, new Set([...chosen, "dump" as const])).listing;
+    return { ...listed, withDump };
+  });
+}
+
+answerRequests<Requests, WebAssembly.Module>((start) => (module = start), {
+  summarise: ({ bytes, game }) => summarise(bytes, game),
+  list,
+});

@@ -1,0 +1,59 @@
+// The texts of a script, each with its kind and its place in the conversation.
+import type { Kind, TextRow } from "../script/script";
+import { keywordsOf, readable, type Outline, type Statement } from "./outline";
+import { unescape } from "./quoting";
+
+const kinds: Readonly<Record<string, Kind>> = {
+  text: "spoken",
+  keywords: "keyword",
+  askc: "keyword",
+  sident: "name",
+  slook: "look",
+  ".data": "table",
+};
+
+const tableLine = /^(T\w+)\t0x([0-9A-F]{8})\t"(.*)"$/;
+
+// Joins the text table, whose rows stand in the order of the listing, with what the outline of the
+// plain listing says of each text.
+export function textRows(table: string, outline: Outline): TextRow[] {
+  const rows: TextRow[] = [];
+  const lines = table.split("\n");
+  let next = 1; // behind the head
+  visitTexts(outline.statements, [], (statement, place) => {
+    const fields = tableLine.exec(lines[next++] ?? "");
+    if (!fields) return;
+    rows.push({
+      label: fields[1]!,
+      offset: parseInt(fields[2]!, 16),
+      text: unescape(fields[3]!),
+      kind: kinds[statement.name] ?? "spoken",
+      place: place.join(" › "),
+      line: statement.line,
+    });
+  });
+  return rows;
+}
+
+type Visit = (statement: Statement, place: readonly string[]) => void;
+
+// Calls back for each statement that holds a text, with the keywords and conditions around it.
+export function visitTexts(statements: readonly Statement[], place: readonly string[], visit: Visit): void {
+  let condition = "";
+  let table = "";
+  for (const statement of statements) {
+    if (statement.name === "if") condition = readable(statement.operands);
+    if (statement.labels.length > 0) table = statement.labels[0]!;
+    if (statement.text !== null) visit(statement, statement.name === ".data" ? [...place, table] : place);
+    if (statement.block.length === 0) continue;
+    const step =
+      statement.name === "keywords"
+        ? keywordsOf(statement).join(", ")
+        : statement.name === "else"
+          ? `unless ${condition}`
+          : statement.name === "if"
+            ? `if ${condition}`
+            : statement.name;
+    visitTexts(statement.block, [...place, step], visit);
+  }
+}

@@ -1,0 +1,266 @@
+// What a user can have done: each act asks the workers where it must, and sends messages to the state.
+import { zipSync } from "fflate";
+import type { Requests as LibraryRequests } from "../library/protocol";
+import { offsetsOf } from "../listing/offsets";
+import { readOutline } from "../listing/outline";
+import { Stopped, type Workers } from "../remote/workers";
+import { decode } from "../script/encoding";
+import type { Bytes, Game, ListOption, Summary } from "../script/script";
+import { download, nameOf } from "../ui/download";
+import type { Picked } from "./files";
+import { gameOf, isChanged, openScript, type Place, type Script, type ScriptChange, type View } from "./state";
+import type { Store } from "./store";
+
+// Files longer than this are no conversations.
+const mostBytes = 64 * 1024 * 1024;
+
+// So many milliseconds pass between two looks at what was listed.
+const drawInterval = 120;
+
+export class Workbench {
+  private nextId = 1;
+  private waiting = 0;
+  private finished = 0;
+  private results = new Map<number, ScriptChange>();
+  private drawTimer = 0;
+  private listRun = 0;
+
+  constructor(
+    readonly store: Store,
+    private readonly library: Workers<LibraryRequests>,
+  ) {}
+
+  // Opens scripts; one alone is shown at once.
+  async open(files: readonly Picked[], ownGame: Game | null = null): Promise<void> {
+    const known = files.filter((file) => !nameStartsWithDot(file.path));
+    if (known.length === 1) {
+      const [script] = await this.read(known, ownGame);
+      if (!script) return;
+      this.store.send({ is: "opened", scripts: [script] });
+      this.show({ id: script.id, view: "listing" });
+      this.summarise([script]);
+      return;
+    }
+    this.setView("scripts");
+    for (let from = 0; from < known.length; from += 64) {
+      const scripts = await this.read(known.slice(from, from + 64), ownGame);
+      this.store.send({ is: "opened", scripts });
+      this.summarise(scripts);
+    }
+  }
+
+  async openOther(files: readonly Picked[]): Promise<void> {
+    const scripts = await this.read(files, null);
+    this.store.send({ is: "otherOpened", scripts });
+    this.notice(`${scripts.length} ${scripts.length === 1 ? "script" : "scripts"} to compare with`);
+  }
+
+  close(id: number): void {
+    this.store.send({ is: "closed", id });
+  }
+
+  stop(): void {
+    this.library.stop();
+  }
+
+  // Lists what was left when the listing of many scripts was stopped.
+  resume(): void {
+    this.summarise(this.store.state.scripts.filter((script) => script.summary === null));
+  }
+
+  chooseGame(game: Game): void {
+    this.store.send({ is: "gameChosen", game });
+    this.resummarise(this.store.state.scripts.filter((script) => script.ownGame === null));
+    this.relist();
+  }
+
+  // Reads one script as another game's than the rest.
+  chooseOwnGame(id: number, game: Game): void {
+    this.change(id, { ownGame: game });
+    this.resummarise(this.store.state.scripts.filter((script) => script.id === id));
+    this.relist();
+  }
+
+  toggleOption(option: ListOption): void {
+    const options = new Set(this.store.state.options);
+    if (!options.delete(option)) options.add(option);
+    this.store.send({ is: "optionsChosen", options });
+    this.relist();
+  }
+
+  setView(view: View): void {
+    const { place } = this.store.state;
+    this.store.send({ is: "viewChosen", view });
+    if (place && !this.store.state.shown) this.relist();
+  }
+
+  show(place: Place, leftAt?: number): void {
+    this.store.send(leftAt === undefined ? { is: "wentTo", place } : { is: "wentTo", place, leftAt });
+    if (!this.store.state.shown) this.relist();
+  }
+
+  back(): void {
+    this.store.send({ is: "wentBack" });
+    if (!this.store.state.shown) this.relist();
+  }
+
+  forward(): void {
+    this.store.send({ is: "wentForward" });
+    if (!this.store.state.shown) this.relist();
+  }
+
+  notice(notice: string): void {
+    this.store.send({ is: "noticed", notice });
+  }
+
+  change(id: number, change: ScriptChange): void {
+    this.store.send({ is: "scriptsChanged", changes: new Map([[id, change]]) });
+  }
+
+  // Takes a listing that is being changed.
+  draft(id: number, listing: string): void {
+    const { shown } = this.store.state;
+    if (!shown || shown.id !== id) return;
+    this.change(id, { draft: listing === shown.listing ? null : { listing, table: shown.table } });
+  }
+
+  discard(id: number): void {
+    const script = this.store.state.scripts.find((candidate) => candidate.id === id);
+    if (!script) return;
+    this.change(id, { draft: null, bytes: script.opened, isSaved: false });
+    this.store.send({ is: "faultsFound", faults: [] });
+    if (script.bytes !== script.opened)
+      this.resummarise(this.store.state.scripts.filter((candidate) => candidate.id === id));
+    void this.relist();
+  }
+
+  async build(): Promise<void> {}
+  async changeText(_id: number, _index: number, _text: string): Promise<void> {}
+
+  downloadScript(): void {
+    const script = openScript(this.store.state);
+    if (!script) return;
+    download(nameOf(script.path), script.bytes, "application/octet-stream");
+    this.change(script.id, { isSaved: true });
+  }
+
+  // All scripts that were changed, in their folders.
+  downloadChanged(): void {
+    const changed = this.store.state.scripts.filter(isChanged);
+    const files = Object.fromEntries(changed.map((script) => [script.path, script.bytes]));
+    download("changed-scripts.zip", new Uint8Array(zipSync(files)), "application/zip");
+    this.store.send({
+      is: "scriptsChanged",
+      changes: new Map(changed.map((script) => [script.id, { isSaved: true }])),
+    });
+  }
+
+  // A listing of some bytes with the page's options, or others.
+  list(script: Script, bytes: Bytes, options: readonly ListOption[]) {
+    return this.library.ask("list", { bytes, game: gameOf(this.store.state, script), options: [...options] }, true);
+  }
+
+  private async read(files: readonly Picked[], ownGame: Game | null): Promise<Script[]> {
+    const scripts: Script[] = [];
+    for (const file of files) {
+      try {
+        if (file.size > mostBytes) throw new Error("it is too long for a conversation script");
+        const bytes = await file.read();
+        const id = this.nextId++;
+        const draft = null;
+        scripts.push({ id, path: file.path, opened: bytes, bytes, ownGame, summary: null, draft, isSaved: false });
+      } catch (fault) {
+        this.notice(`${file.path} was not opened: ${fault instanceof Error ? fault.message : "it can't be read"}`);
+      }
+    }
+    return scripts;
+  }
+
+  private resummarise(scripts: readonly Script[]): void {
+    this.store.send({
+      is: "scriptsChanged",
+      changes: new Map(scripts.map((script) => [script.id, { summary: null }])),
+    });
+    this.summarise(scripts);
+  }
+
+  summarise(scripts: readonly Script[]): void {
+    this.waiting += scripts.length;
+    for (const script of scripts) {
+      const game = gameOf(this.store.state, script);
+      this.library
+        .ask("summarise", { bytes: script.bytes, game })
+        .catch((fault: Error) => (fault instanceof Stopped ? null : failedSummary(fault.message)))
+        .then((summary) => this.finish(script, game, summary));
+    }
+    this.drawSoon();
+  }
+
+  private finish(script: Script, game: Game, summary: Summary | null): void {
+    ++this.finished;
+    const now = this.store.state.scripts.find((candidate) => candidate.id === script.id);
+    const isStillAsked = now?.bytes === script.bytes && gameOf(this.store.state, now) === game;
+    if (summary && isStillAsked) this.results.set(script.id, { summary });
+    this.drawSoon();
+  }
+
+  private drawSoon(): void {
+    if (this.drawTimer !== 0) return;
+    this.drawTimer = window.setTimeout(() => {
+      this.drawTimer = 0;
+      const changes = this.results;
+      this.results = new Map();
+      const isDone = this.finished === this.waiting;
+      const progress = isDone ? null : { done: this.finished, all: this.waiting };
+      if (isDone) this.finished = this.waiting = 0;
+      if (changes.size > 0) this.store.send({ is: "scriptsChanged", changes });
+      this.store.send({ is: "progressed", progress });
+    }, drawInterval);
+  }
+
+  // Makes the listing of the open script anew.
+  async relist(): Promise<void> {
+    const script = openScript(this.store.state);
+    if (!script) return;
+    const run = ++this.listRun;
+    const options = [...this.store.state.options];
+    const { id, bytes } = script;
+    try {
+      const listed = await this.list(script, bytes, options);
+      if (run !== this.listRun) return;
+      const listing = decode(listed.listing);
+      const offsets = offsetsOf(listing, decode(listed.withDump));
+      const outline = readOutline(listing, undefined, (line) => offsets[line - 1]! >= 0);
+      const { status, table, messages } = listed;
+      const shown = { id, bytes, status, listing, listingBytes: listed.listing, table, messages, offsets, outline };
+      this.store.send({ is: "listed", shown });
+    } catch (fault) {
+      if (run !== this.listRun || fault instanceof Stopped) return;
+      this.store.send({ is: "listed", shown: failedListing(script, (fault as Error).message) });
+    }
+  }
+}
+
+const nameStartsWithDot = (path: string) => /(^|\/)\.[^/]*$/.test(path);
+
+const failedSummary = (message: string): Summary => ({
+  status: "failed",
+  speakerId: null,
+  speakerName: "",
+  texts: [],
+  messages: `ERROR: ${message}\n`,
+  listedBy: [],
+  alike: [],
+});
+
+const failedListing = ({ id, bytes }: Script, message: string) => ({
+  id,
+  bytes,
+  status: 1,
+  listing: "",
+  listingBytes: new Uint8Array(0),
+  table: new Uint8Array(0),
+  messages: `ERROR: ${message}\n`,
+  offsets: new Int32Array(0),
+  outline: readOutline(""),
+});

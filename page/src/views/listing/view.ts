@@ -1,0 +1,246 @@
+// The listing of the open script, to read and to change.
+import { defaultKeymap, history, historyKeymap } from "@codemirror/commands";
+import { bracketMatching, foldKeymap, syntaxTree } from "@codemirror/language";
+import { lintGutter, lintKeymap, setDiagnostics, type Diagnostic } from "@codemirror/lint";
+import { highlightSelectionMatches, search, searchKeymap } from "@codemirror/search";
+import {
+  Annotation,
+  EditorSelection,
+  EditorState,
+  StateEffect,
+  StateField,
+  Transaction,
+  type Text,
+} from "@codemirror/state";
+import {
+  Decoration,
+  drawSelection,
+  EditorView,
+  gutter,
+  GutterMarker,
+  highlightActiveLine,
+  highlightActiveLineGutter,
+  keymap,
+  lineNumbers,
+  type DecorationSet,
+} from "@codemirror/view";
+import { readOutline } from "../../listing/outline";
+import { openScript, type Shown, type State } from "../../state/state";
+import type { Workbench } from "../../state/workbench";
+import { whenQuiet } from "../../ui/dom";
+import { letters } from "./letters";
+import { listingSupport } from "./language";
+import { definitionOf, links, setOutline } from "./links";
+import { listingTheme } from "./theme";
+
+// How long typing rests before the listing is read again, in milliseconds.
+const readAfter = 250;
+
+class OffsetMarker extends GutterMarker {
+  constructor(private readonly offset: string) {
+    super();
+  }
+  override eq(other: OffsetMarker): boolean {
+    return other.offset === this.offset;
+  }
+  override toDOM(): Node {
+    return document.createTextNode(this.offset);
+  }
+}
+
+// The offsets hold for the listing as it was made; they go when lines change.
+const setOffsets = StateEffect.define<Int32Array>();
+const offsetField = StateField.define<Int32Array | null>({
+  create: () => null,
+  update(value, transaction) {
+    for (const effect of transaction.effects) if (effect.is(setOffsets)) return effect.value;
+    return value && transaction.docChanged && transaction.newDoc.lines !== transaction.startState.doc.lines
+      ? null
+      : value;
+  },
+});
+
+const offsetGutter = gutter({
+  class: "cm-offsets",
+  lineMarker(view, block) {
+    const offsets = view.state.field(offsetField);
+    const offset = offsets?.[view.state.doc.lineAt(block.from).number - 1] ?? -1;
+    return offset < 0 ? null : new OffsetMarker(offset.toString(16).toUpperCase().padStart(4, "0"));
+  },
+  lineMarkerChange: (update) => update.startState.field(offsetField) !== update.state.field(offsetField),
+});
+
+// The line that was gone to lights up.
+const setArrival = StateEffect.define<number>();
+const arrivalLine = Decoration.line({ class: "cm-arrival" });
+const arrival = StateField.define<DecorationSet>({
+  create: () => Decoration.none,
+  update(value, transaction) {
+    for (const effect of transaction.effects) {
+      if (effect.is(setArrival)) return Decoration.set(arrivalLine.range(effect.value));
+    }
+    return transaction.docChanged ? value.map(transaction.changes) : value;
+  },
+  provide: (field) => EditorView.decorations.from(field),
+});
+
+// Marks a change that comes from the state, not from the user.
+const fromState = Annotation.define<boolean>();
+
+export class ListingView {
+  private readonly view: EditorView;
+  private shown: Shown | null = null;
+  private known = ""; // the listing as the state knows it
+  private knownDoc: Text | null = null; // and as the editor does
+  private place: State["place"] = null;
+  private faults: State["faults"] = [];
+
+  constructor(
+    private readonly parent: HTMLElement,
+    private readonly workbench: Workbench,
+  ) {
+    this.view = new EditorView({ parent, state: this.fresh("") });
+    workbench.store.listen((state) => this.draw(state));
+  }
+
+  // The line of the cursor.
+  get line(): number {
+    return this.view.state.doc.lineAt(this.view.state.selection.main.head).number;
+  }
+
+  // Hands the state what was typed, now.
+  readonly flush = (): void => {
+    const script = openScript(this.workbench.store.state);
+    const { doc } = this.view.state;
+    if (!script || !this.shown || this.shown.id !== script.id || this.knownDoc === doc) return;
+    this.knownDoc = doc;
+    this.known = doc.toString();
+    this.workbench.draft(script.id, this.known);
+  };
+
+  private readonly readSoon = whenQuiet(readAfter, () => {
+    this.flush();
+    this.readOutline();
+  });
+
+  private readOutline(): void {
+    const { state } = this.view;
+    const tree = syntaxTree(state);
+    if (tree.length < state.doc.length) return this.readSoon();
+    this.view.dispatch({ effects: setOutline.of(readOutline(state.doc.toString(), tree)) });
+  }
+
+  private fresh(doc: string): EditorState {
+    return EditorState.create({
+      doc,
+      extensions: [
+        EditorView.cspNonce.of(document.body.dataset.nonce ?? ""),
+        lineNumbers(),
+        offsetField,
+        offsetGutter,
+        lintGutter(),
+        listingSupport,
+        history(),
+        drawSelection(),
+        bracketMatching(),
+        highlightActiveLine(),
+        highlightActiveLineGutter(),
+        highlightSelectionMatches({ minSelectionLength: 3 }),
+        search({ top: true }),
+        letters,
+        arrival,
+        links(
+          (name) => this.follow(name),
+          (line) => this.go(line),
+        ),
+        keymap.of([...defaultKeymap, ...historyKeymap, ...searchKeymap, ...foldKeymap, ...lintKeymap]),
+        listingTheme,
+        EditorView.contentAttributes.of({ "aria-label": "Listing", spellcheck: "false" }),
+        EditorView.updateListener.of((update) => {
+          if (update.docChanged && !update.transactions.some((transaction) => transaction.annotation(fromState))) {
+            const script = openScript(this.workbench.store.state);
+            if (script && !script.draft) this.flush();
+            this.readSoon();
+          }
+        }),
+      ],
+    });
+  }
+
+  private follow(name: string): void {
+    const at = definitionOf(this.view, name);
+    if (at >= 0) this.go(this.view.state.doc.lineAt(at).number);
+    else this.workbench.notice(`No line has the label ${name}.`);
+  }
+
+  private go(line: number): void {
+    const { place } = this.workbench.store.state;
+    if (!place) return;
+    this.flush();
+    this.workbench.show({ id: place.id, view: "listing", line }, this.line);
+  }
+
+  private draw(state: State): void {
+    const isVisible = state.view === "listing";
+    this.parent.hidden = !isVisible;
+    if (!isVisible) return;
+    if (state.shown !== this.shown) this.drawListing(state);
+    else this.drawDraft(state);
+    if (state.faults !== this.faults) this.drawFaults(state);
+    if (state.place !== this.place && this.shown && this.shown.id === state.place?.id) {
+      this.place = state.place;
+      if (state.place.line) this.arrive(state.place.line);
+    }
+  }
+
+  private drawListing(state: State): void {
+    this.shown = state.shown;
+    this.faults = [];
+    const draft = openScript(state)?.draft;
+    this.known = draft?.listing ?? this.shown?.listing ?? "";
+    this.view.setState(this.fresh(this.known));
+    this.knownDoc = this.view.state.doc;
+    if (!this.shown) return;
+    const effects: StateEffect<unknown>[] = [setOutline.of(draft ? readOutline(draft.listing) : this.shown.outline)];
+    if (!draft) effects.push(setOffsets.of(this.shown.offsets));
+    this.view.dispatch({ effects });
+  }
+
+  // A draft that came from elsewhere, as from the table of texts.
+  private drawDraft(state: State): void {
+    const listing = openScript(state)?.draft?.listing ?? this.shown?.listing;
+    if (listing === undefined || listing === this.known) return;
+    const { doc } = this.view.state;
+    this.known = listing;
+    this.view.dispatch({
+      changes: { from: 0, to: doc.length, insert: listing },
+      annotations: [fromState.of(true), Transaction.addToHistory.of(true)],
+    });
+    this.knownDoc = this.view.state.doc;
+    this.readOutline();
+  }
+
+  private drawFaults(state: State): void {
+    this.faults = state.faults;
+    const { length } = this.view.state.doc;
+    const diagnostics: Diagnostic[] = state.faults.map((fault) => ({
+      ...fault,
+      from: Math.min(fault.from, length),
+      to: Math.min(fault.to, length),
+    }));
+    this.view.dispatch(setDiagnostics(this.view.state, diagnostics));
+    const [first] = diagnostics;
+    if (first) this.view.dispatch({ effects: EditorView.scrollIntoView(first.from, { y: "center" }) });
+  }
+
+  private arrive(number: number): void {
+    const { doc } = this.view.state;
+    const line = doc.line(Math.max(1, Math.min(number, doc.lines)));
+    const first = line.from + (line.text.length - line.text.trimStart().length);
+    this.view.dispatch({
+      selection: EditorSelection.cursor(first),
+      effects: [EditorView.scrollIntoView(line.from, { y: "center" }), setArrival.of(line.from)],
+    });
+    this.view.focus();
+  }
+}
