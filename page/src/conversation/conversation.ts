@@ -243,7 +243,10 @@ class Builder {
 }
 
 const under = (exits: readonly Exit[], condition: string): Exit[] =>
-  exits.map(({ from, conditions }) => ({ from, conditions: [...conditions, condition] }));
+  exits.map(({ from, conditions }) => ({
+    from,
+    conditions: conditions.at(-1) === condition ? conditions : [...conditions, condition],
+  }));
 
 // The first words of a card, which name it in place of its label.
 export function titleOf(card: Card): string {

@@ -1,10 +1,10 @@
 // Runs the library, away from the page.
-import { readOutline } from "../listing/outline";
+import { parseTexts, readOutline, type Outline } from "../listing/outline";
 import { offsetsOf } from "../listing/offsets";
-import { textRows } from "../listing/texts";
+import { textCount, textRows } from "../listing/texts";
 import { answerRequests } from "../remote/answer";
 import { decode } from "../script/encoding";
-import { games, type Bytes, type Game, type Listed, type Summary } from "../script/script";
+import { games, type Bytes, type Game, type Listed, type Summary, type TextRow } from "../script/script";
 import { Library } from "./library";
 import type { ListedWithDump, Requests } from "./protocol";
 
@@ -12,6 +12,9 @@ const none: ReadonlySet<never> = new Set();
 
 // A library that grew beyond this many bytes makes way for a new one.
 const mostMemory = 128 * 1024 * 1024;
+
+// The longest listing that a page can show, in bytes.
+const longestListing = 48 * 1024 * 1024;
 
 let module: WebAssembly.Module;
 let library: Library | null = null;
@@ -40,14 +43,12 @@ function summarise(bytes: Bytes, game: Game): Summary {
       .filter((other) => other !== game)
       .map((other) => ({ game: other, ...library.list(bytes, other, none) }));
     const alike = (other: Listed) => other.status === 0 && sameBytes(other, listed);
-    const listing = decode(listed.listing);
-    const offsets = offsetsOf(listing, decode(library.list(bytes, game, new Set(["dump"])).listing));
-    const outline = readOutline(listing, undefined, (line) => offsets[line - 1]! >= 0);
+    const { outline, texts } = textsOf(listed, () => library.list(bytes, game, new Set(["dump"])));
     return {
       status: listed.status !== 0 ? "failed" : listed.messages.includes("WARNING") ? "warnings" : "listed",
       speakerId: outline.speakerId,
-      speakerName: outline.statements.find((statement) => statement.name === "sident")?.text ?? "",
-      texts: textRows(decode(listed.table), outline),
+      speakerName: texts.find((row) => row.kind === "name")?.text ?? "",
+      texts,
       messages: listed.messages,
       listedBy: [
         ...(listed.status === 0 ? [game] : []),
@@ -58,6 +59,24 @@ function summarise(bytes: Bytes, game: Game): Summary {
   });
 }
 
+// Where one text ends and another begins is not certain without the dump, and seldom in doubt.
+function textsOf(listed: Listed, withDump: () => Listed): { outline: Outline; texts: TextRow[] } {
+  const listing = decode(listed.listing);
+  const table = decode(listed.table);
+  const tree = parseTexts(listing);
+  const outline = readOutline(listing, tree);
+  const texts = textRows(table, outline);
+  if (texts.length === textCount(table)) return { outline, texts };
+  const offsets = offsetsOf(listing, decode(withDump().listing));
+  return {
+    outline,
+    texts: textRows(
+      table,
+      readOutline(listing, tree, (line) => offsets[line - 1]! >= 0),
+    ),
+  };
+}
+
 function sameBytes(one: Listed, other: Listed): boolean {
   return one.listing.length === other.listing.length && body(one.listing) === body(other.listing);
 }
@@ -66,6 +85,7 @@ function list({ bytes, game, options }: Requests["list"]["input"]): ListedWithDu
   return withLibrary((library) => {
     const chosen = new Set(options);
     const listed = library.list(bytes, game, chosen);
+    if (listed.listing.length > longestListing) throw new Error("Its listing is too long for a page.");
     const withDump = chosen.has("dump")
       ? listed.listing
       : library.list(bytes, game, new Set([...chosen, "dump" as const])).listing;

@@ -39,6 +39,10 @@ export interface Outline {
   readonly isComplete: boolean;
 }
 
+// Enough for an outline whose texts alone are looked at; it has no references.
+const textsParser = parser.configure({ dialect: "texts" });
+export const parseTexts = (listing: string): Tree => textsParser.parse(listing);
+
 // Whether a new text begins on a line. Without it lines of text that may be one are taken as one.
 export type BeginsText = (line: number) => boolean;
 

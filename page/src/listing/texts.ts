@@ -12,6 +12,9 @@ const kinds: Readonly<Record<string, Kind>> = {
   ".data": "table",
 };
 
+// How many texts a text table has, between its head and its end.
+export const textCount = (table: string) => Math.max(0, table.split("\n").length - 3);
+
 const tableLine = /^(T\w+)\t0x([0-9A-F]{8})\t"(.*)"$/;
 
 // Joins the text table, whose rows stand in the order of the listing, with what the outline of the

@@ -20,6 +20,7 @@ export interface Script {
 export interface Draft {
   readonly listing: string;
   readonly table: Bytes; // for the text labels in it
+  readonly options: readonly ListOption[]; // it was listed with
 }
 
 // The listing of the script that is open.
@@ -33,6 +34,12 @@ export interface Shown {
   readonly messages: string;
   readonly offsets: Int32Array; // by line - 1, see listing/offsets
   readonly outline: Outline;
+}
+
+// One of the two that are compared: a script as it came, as it is now, or of the other version.
+export interface Side {
+  readonly is: "opened" | "now" | "other";
+  readonly id: number;
 }
 
 // A place in a script: a line of its listing or an offset of its bytes.
@@ -64,6 +71,7 @@ export interface State {
   readonly faults: readonly Fault[];
   readonly notice: string; // the last thing that happened, in words
   readonly other: readonly Script[]; // the other version, for comparing
+  readonly compared: { readonly before: Side; readonly after: Side } | null;
 }
 
 export const initialState = (game: Game): State => ({
@@ -79,7 +87,11 @@ export const initialState = (game: Game): State => ({
   faults: [],
   notice: "",
   other: [],
+  compared: null,
 });
+
+export const sideScript = (state: State, side: Side): Script | undefined =>
+  (side.is === "other" ? state.other : state.scripts).find((script) => script.id === side.id);
 
 export const openScript = (state: State): Script | null =>
   state.scripts.find((script) => script.id === state.place?.id) ?? null;
@@ -95,6 +107,7 @@ export type ScriptChange = Partial<Omit<Script, "id">>;
 export type Message =
   | { is: "opened"; scripts: Script[] }
   | { is: "otherOpened"; scripts: Script[] }
+  | { is: "sidesChosen"; compared: State["compared"] }
   | { is: "closed"; id: number }
   | { is: "scriptsChanged"; changes: ReadonlyMap<number, ScriptChange> }
   | { is: "gameChosen"; game: Game }
@@ -113,7 +126,9 @@ export function update(state: State, message: Message): State {
     case "opened":
       return { ...state, scripts: [...state.scripts, ...message.scripts] };
     case "otherOpened":
-      return { ...state, other: message.scripts };
+      return { ...state, other: message.scripts, compared: null };
+    case "sidesChosen":
+      return { ...state, compared: message.compared };
     case "closed":
       return close(state, message.id);
     case "scriptsChanged": {
@@ -171,6 +186,7 @@ function close(state: State, id: number): State {
     place: isOpen ? null : state.place,
     shown: isOpen ? null : state.shown,
     view: isOpen ? "scripts" : state.view,
+    compared: null,
     back: state.back.filter(stays),
     forward: state.forward.filter(stays),
   };

@@ -121,7 +121,8 @@ export class Workbench {
   draft(id: number, listing: string): void {
     const { shown } = this.store.state;
     if (!shown || shown.id !== id) return;
-    this.change(id, { draft: listing === shown.listing ? null : { listing, table: shown.table } });
+    const options = [...this.store.state.options];
+    this.change(id, { draft: listing === shown.listing ? null : { listing, table: shown.table, options } });
   }
 
   discard(id: number): void {
@@ -155,9 +156,9 @@ export class Workbench {
     });
   }
 
-  // A listing of some bytes with the page's options, or others.
-  list(script: Script, bytes: Bytes, options: readonly ListOption[]) {
-    return this.library.ask("list", { bytes, game: gameOf(this.store.state, script), options: [...options] }, true);
+  // A listing of some bytes.
+  list(bytes: Bytes, game: Game, options: readonly ListOption[]) {
+    return this.library.ask("list", { bytes, game, options: [...options] }, true);
   }
 
   private async read(files: readonly Picked[], ownGame: Game | null): Promise<Script[]> {
@@ -226,7 +227,7 @@ export class Workbench {
     const options = [...this.store.state.options];
     const { id, bytes } = script;
     try {
-      const listed = await this.list(script, bytes, options);
+      const listed = await this.list(bytes, gameOf(this.store.state, script), options);
       if (run !== this.listRun) return;
       const listing = decode(listed.listing);
       const offsets = offsetsOf(listing, decode(listed.withDump));
