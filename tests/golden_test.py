@@ -1,48 +1,63 @@
 #!/usr/bin/env python3
-"""Runs the tool on written-down cases and compares all that it hands out.
+r"""Runs the tool on written-down cases and compares all that it hands out.
 
-    golden_test.py TOOL FILE...            tests each case of the files
-    golden_test.py --update TOOL FILE...   rewrites what the cases expect, for review in the diff, but
-                                           leaves a case alone whose status would change
+    golden_test.py TOOL FILE...             tests each run of the files
+    golden_test.py --update TOOL FILE...    rewrites what the runs hand out, for review in the diff, but
+                                            leaves a run alone whose status would change
+    golden_test.py --seeds FOLDER FILE...   writes the files' scripts as seeds of the fuzz target
 
-A FILE.case holds cases in this form; of the parts below the status, those that are empty or were
-not written are left out:
+A FILE.case holds cases of one or more runs, each followed by what it hands out:
 
     === the fault that the case would catch
-    options: -d -t text        what stands before the script's name, none if left out
-    script: B0 @5 "Hithe"      its bytes, see support/script_text.h; further lines are indented
-    status: 0
-    --- listing                standard output
-    --- text table             the file named "text"
-    --- file NAME              any other file that the run leaves
-    --- messages               standard error
-    --- last message of each run
+    options: -d -t text       of the runs below, before the script's name; none at first
+    status: 1 ERROR: why      of the runs below, with or without their last message; 0 at first
+    script: B0 @5 "Hithe"     runs a script: hex bytes, texts, "@" with an offset of four bytes, low one
+                              first; further lines are indented, comments begin with "#", and
+                              3*(A1 01 A7) stands for three times what is in parentheses
+    arguments: --version      runs a whole command line, without a script
+    | a line of standard output
+    ! a line of standard error; a source line is shown as "*", as is a node's identity behind "next="
+    NAME| a line of the file NAME, which the run leaves
 
-Each further "script:" is a run of its own; what the runs hand out follows one another in each
-part, and in the status where they differ there. A last message that all of several runs share is
-shown once. "options:" holds for the scripts below it. "arguments:" gives the whole command line of
-a run, without a script. Standard input is an empty pipe.
-
-A listing that begins with the usual lines, of npc id 7 and the first game, and ends as a whole one
-is shown without these. A message's source line is shown as "*", as is a node's identity behind
-"next="; a byte that is no printable ASCII as \\x and two hex digits.
+Empty lines stay empty. Standard input is an empty pipe. A byte that is no printable ASCII is shown as \\x and two hex digits.
+A listing that begins with the usual lines, of npc id 7 and the first game, and ends as a whole one is
+shown without these.
 
 A FILE.hex is the source of the example FILE.scr; its first line with "varsul" is the command that
 lists it. FILE.lst is its listing, FILE.txt its text table.
 """
-import difflib, os, pathlib, re, subprocess, sys, tempfile
+import collections, difflib, os, pathlib, re, subprocess, sys, tempfile
 
-HEAD, END = b"; id: 07(7)\n    .option --kv\n", b"; END\n"
+HEAD, END = b"; id: 07(7)\n    .option --kv\n\n", b"; END\n"
+ENTRY = re.compile(r"^(===|\w+:)(.*\n(?: .*\n)*)((?:(?:!|[\w-]*\|).*\n|\n(?=[!|]))*)", re.M)
+Run = collections.namedtuple("Run", "name command status start end")  # the span of what it hands out
 
 
 def script_bytes(source):
     data = b""
+    source = re.sub(r"(\d+)\*\(([^()]*)\)", lambda match: int(match[1]) * f"{match[2]} ", source)
     for comment, text, word in re.findall(r'(#.*)|"((?:\\.|[^"\\])*)"|(\S+)', source):
         if word:
             data += int(word[1:], 16).to_bytes(4, "little") if word[0] == "@" else bytes.fromhex(word)
         elif not comment:
             data += re.sub(r"\\(.)", lambda m: {"n": "\n", "t": "\t"}.get(m[1], m[1]), text).encode("cp932")
     return data
+
+
+def runs_of(path):
+    """Yields the runs of a case file. Their commands are the further arguments of run_tool."""
+    for match in ENTRY.finditer(path.read_text()):
+        key, value, _ = match.groups()
+        words = re.sub("#.*", "", value).split()
+        if key == "===":
+            title, options, status = value, [], "0"
+        elif key == "options:":
+            options = words
+        elif key == "status:":
+            status = value.strip()
+        else:
+            command = ([*options, "script"], script_bytes(value)) if key == "script:" else (words,)
+            yield Run(f"{path.name}:{title}{key}{value}", command, status, *match.span(3))
 
 
 def run_tool(tool, arguments, script=None):
@@ -53,7 +68,7 @@ def run_tool(tool, arguments, script=None):
             file.write_bytes(script)
         run = subprocess.run([os.path.abspath(tool), *arguments], cwd=folder, input=b"", capture_output=True, timeout=120)
         file.unlink(missing_ok=True)
-        files = {file.name: file.read_bytes() for file in pathlib.Path(folder).iterdir()}
+        files = {file.name: file.read_bytes() for file in sorted(pathlib.Path(folder).iterdir())}
         return run.returncode, {"": run.stdout, **files, "messages": run.stderr}
 
 
@@ -64,27 +79,16 @@ def shown(data):
     return text + "\n\\ no newline at the end\n" if text and text[-1] != "\n" else text
 
 
-def outcome(tool, case):
-    statuses, options, parts = [], [], {}
-    for key, value in re.findall(r"^(\w+):(.*(?:\n .*)*)", case, re.M):
-        words = re.sub("#.*", "", value).split()
-        if key == "options":
-            options = words
-            continue
-        status, files = run_tool(tool, *([[*options, "script"], script_bytes(value)] if key == "script" else [words]))
-        statuses.append(str(status))
-        if files[""].startswith(HEAD) and files[""].endswith(b"\n" + END):
-            files[""] = files[""][len(HEAD):-len(END)]
-        for name, data in files.items():
-            title = {"": (1, "listing"), "text": (2, "text table"), "messages": (4, "messages")}.get(name, (3, "file " + name))
-            parts.setdefault(title, []).append(shown(data))
-    messages = [text.splitlines(True) for text in parts[4, "messages"]]
-    if len(messages) > 1 and all(messages) and len({lines[-1] for lines in messages}) == 1:
-        parts[4, "messages"] = ["".join(lines[:-1]) + "\n" for lines in messages]
-        parts[5, "last message of each run"] = [messages[0][-1]]
-    texts = [(title, "".join(parts[title]).rstrip("\n")) for title in sorted(parts)]
-    shown_parts = "".join(f"--- {title[1]}\n{text}\n" for title, text in texts if text)
-    return f"status: {' '.join(statuses if len(set(statuses)) > 1 else statuses[:1])}\n{shown_parts}"
+def outcome(tool, run):
+    """The status, and all that the run hands out as the lines of a case."""
+    status, files = run_tool(tool, *run.command)
+    if files[""].startswith(HEAD) and files[""].endswith(b"\n" + END):
+        files[""] = files[""][len(HEAD):-len(END)]
+    parts = {"!" if name == "messages" else name + "|": shown(data) for name, data in files.items()}
+    if run.status == f"{status} " + "".join(parts["!"].splitlines()[-1:]):
+        status, parts["!"] = run.status, "".join(parts["!"].splitlines(True)[:-1])
+    lines = [f"{mark} {line}" if line != "\n" else line for mark, text in parts.items() for line in text.splitlines(True)]
+    return str(status), "".join(lines)
 
 
 def different(name, expected, actual):
@@ -95,15 +99,19 @@ def different(name, expected, actual):
 
 
 def check_cases(tool, path, update):
-    head, *cases = re.split(r"^(?==== )", path.read_text(), flags=re.M)
-    cases = [re.split(r"^(?=status:)", case, flags=re.M) for case in cases]
-    actual = [outcome(tool, case[0]) for case in cases]
+    text = path.read_text()
+    runs = list(runs_of(path))
+    failures = not runs
+    for run in reversed(runs):
+        status, lines = outcome(tool, run)
+        if update and status == run.status:
+            text = text[:run.start] + lines + text[run.end:]
+        else:
+            expected = text[run.start:run.end]
+            failures += different(run.name, f"status: {run.status}\n{expected}", f"status: {status}\n{lines}")
     if update:
-        refused = [len(case) > 1 and case[1].split("\n")[0] != text.split("\n")[0] for case, text in zip(cases, actual)]
-        path.write_text(head + "\n".join(case[0] + (case[1].rstrip("\n") + "\n" if refuses else text)
-                                         for case, text, refuses in zip(cases, actual, refused)))
-        return any(different(case[0], case[1], text) for case, text, refuses in zip(cases, actual, refused) if refuses)
-    return (not cases) + sum(different(case[0], case[1].rstrip("\n") + "\n", text) for case, text in zip(cases, actual))
+        path.write_text(text)
+    return failures
 
 
 def check_example(tool, path, update):
@@ -121,9 +129,22 @@ def check_example(tool, path, update):
     return failures
 
 
+def write_seeds(folder, *paths):
+    """Each script in the three game modes, once with dump and text table alone and once with all the other options."""
+    folder.mkdir(exist_ok=True)
+    for path in paths:
+        commands = [run.command for run in runs_of(path)] or [(path, script_bytes(path.read_text()))]
+        for i, (_, script) in enumerate(command for command in commands if len(command) == 2):
+            for mode in range(3):
+                (folder / f"{path.stem}.{i}.{mode}").write_bytes(bytes([mode + 0x30, 0]) + script)
+                (folder / f"{path.stem}.{i}.{mode + 3}").write_bytes(bytes([mode + 0xE8, 0x0F]) + script)
+
+
 def main(arguments):
-    update = "--update" in arguments
-    tool, *paths = [pathlib.Path(a) for a in arguments if a != "--update"]
+    if arguments[0] == "--seeds":
+        return write_seeds(*map(pathlib.Path, arguments[1:]))
+    update = arguments[0] == "--update"
+    tool, *paths = map(pathlib.Path, arguments[update:])
     return any([(check_cases if path.suffix == ".case" else check_example)(tool, path, update) for path in paths])
 
 

@@ -75,6 +75,15 @@ public:
         return true;
     }
 
+    // Adds `count` items of any value for the caller to fill. Returns the first, null when memory runs out.
+    [[nodiscard]] T* extend(std::size_t count) {
+        while (capacity_ - size_ < count) {
+            if (!grow()) return nullptr;
+        }
+        size_ += count;
+        return items_ + size_ - count;
+    }
+
     // Shortens the array to `size` items; the memory stays.
     void truncate(std::size_t size) {
         assert(size <= size_);

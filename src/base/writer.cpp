@@ -17,8 +17,13 @@ void writer::open(array<char>& memory) {
     memory_ = &memory;
 }
 
+void writer::discard() {
+    open(-1);
+    error_ = EBADF;
+}
+
 void writer::flush() {
-    if (end_ == nullptr) return open(-1);  // it was never opened: what is put is lost
+    if (end_ == nullptr) return discard();  // it was never opened
     hand_on({buffer_, static_cast<std::size_t>(end_ - buffer_)});
     end_ = buffer_;
 }

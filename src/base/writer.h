@@ -22,6 +22,7 @@ public:
 
     void open(int descriptor);       // starts anew; the descriptor stays the caller's
     void open(array<char>& memory);  // starts anew; the bytes are added to `memory`
+    void discard();                  // starts anew; what is put is lost
     void flush();
     [[nodiscard]] int error() const { return error_; }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "base/byte_word.h"
+
 namespace {
 
 struct param_info {
@@ -14,6 +16,7 @@ struct opcode_info {
     code_type type = NONE;
     code_name name;
     operands params = {};
+    operator_group group = operator_group::none;
 };
 
 struct opcode_row {
@@ -37,18 +40,18 @@ constexpr opcode_row rows[] = {
     {0x7B, {.type = MB_IN,     .name = "MB_IN"}},
     {0x7D, {.type = MB_OUT,    .name = "MB_OUT"}},
     {0x7E, {.type = TEXT,      .name = "~"}},
-    {0x81, {.type = OPERATOR,  .name = ">",           .params = two_values}},
-    {0x82, {.type = OPERATOR,  .name = ">=",          .params = two_values}},
-    {0x83, {.type = OPERATOR,  .name = "<",           .params = two_values}},
-    {0x84, {.type = OPERATOR,  .name = "<=",          .params = two_values}},
-    {0x85, {.type = OPERATOR,  .name = "!=",          .params = two_values}},
-    {0x86, {.type = OPERATOR,  .name = "==",          .params = two_values}},
-    {0x90, {.type = OPERATOR,  .name = "+",           .params = two_values}},
-    {0x91, {.type = OPERATOR,  .name = "-",           .params = two_values}},
-    {0x92, {.type = OPERATOR,  .name = "*",           .params = two_values}},
-    {0x93, {.type = OPERATOR,  .name = "/",           .params = two_values}},
-    {0x94, {.type = OPERATOR,  .name = "||",          .params = two_values}},
-    {0x95, {.type = OPERATOR,  .name = "&&",          .params = two_values}},
+    {0x81, {.type = OPERATOR,  .name = ">",           .params = two_values, .group = operator_group::comparison}},
+    {0x82, {.type = OPERATOR,  .name = ">=",          .params = two_values, .group = operator_group::comparison}},
+    {0x83, {.type = OPERATOR,  .name = "<",           .params = two_values, .group = operator_group::comparison}},
+    {0x84, {.type = OPERATOR,  .name = "<=",          .params = two_values, .group = operator_group::comparison}},
+    {0x85, {.type = OPERATOR,  .name = "!=",          .params = two_values, .group = operator_group::comparison}},
+    {0x86, {.type = OPERATOR,  .name = "==",          .params = two_values, .group = operator_group::comparison}},
+    {0x90, {.type = OPERATOR,  .name = "+",           .params = two_values, .group = operator_group::additive}},
+    {0x91, {.type = OPERATOR,  .name = "-",           .params = two_values, .group = operator_group::additive}},
+    {0x92, {.type = OPERATOR,  .name = "*",           .params = two_values, .group = operator_group::multiplicative}},
+    {0x93, {.type = OPERATOR,  .name = "/",           .params = two_values, .group = operator_group::multiplicative}},
+    {0x94, {.type = OPERATOR,  .name = "||",          .params = two_values, .group = operator_group::logical}},
+    {0x95, {.type = OPERATOR,  .name = "&&",          .params = two_values, .group = operator_group::logical}},
     {0x9A, {.type = FUNCTION,  .name = "cancarry",    .params = {{{VALUE, "actor"}}}}},
     {0x9B, {.type = FUNCTION,  .name = "weight",      .params = {{{VALUE, "object"}, {VALUE, "quantity"}}}}},
     {0x9C, {.type = STATEMENT, .name = "horse",       .params = {{{VALUE, "actor"}}}}},
@@ -148,6 +151,7 @@ constexpr code_info_entry make_entry(const opcode_info& info) {
         entry.item_type = info.type;
     }
     if (info.type == LITERAL) entry.item_size = size_of_literal(info.params);
+    entry.group = info.group;
     for (std::size_t k = 0; k < max_params; ++k) {
         entry.params[k] = info.params[k].type;
         if (entry.params[k] != NONE) ++entry.num_params;
@@ -192,6 +196,59 @@ constexpr std::size_t count_of(code_type type) {
     return count;
 }
 
+// Names are found by a hash that gives each another slot; some of 0xD1 differ from game to game.
+struct name_words {
+    std::uint64_t first = 0;
+    std::uint64_t second = 0;
+};
+using name_slots = std::array<std::uint8_t, 1024>;
+
+constexpr std::size_t slot_of(name_words name, std::uint64_t factor) {
+    return ((name.first ^ (name.second * 0x9E3779B97F4A7C15)) * factor) >> 54;
+}
+
+constexpr name_words words_of(std::string_view name) {
+    name_words words;
+    for (std::size_t i = 0; i < name.size(); ++i) {
+        (i < 8 ? words.first : words.second) |= std::uint64_t{static_cast<std::uint8_t>(name[i])} << (8 * (i % 8));
+    }
+    return words;
+}
+
+// Takes the slot of a name for its code, unless the slot is another's.
+constexpr bool take_slot(name_slots& slots, std::uint64_t factor, std::uint8_t code, std::string_view name) {
+    std::uint8_t& slot = slots[slot_of(words_of(name), factor)];
+    if (slot != 0 && slot != code) return false;
+    slot = code;
+    return true;
+}
+
+constexpr bool has_name(const opcode_row& row) { return row.entry.type >= STATEMENT; }
+
+constexpr bool take_slots(name_slots& slots, std::uint64_t factor) {
+    for (const opcode_row& row : rows) {
+        if (has_name(row) && !take_slot(slots, factor, row.code, row.entry.name)) return false;
+    }
+    return take_slot(slots, factor, OP_END, brenhollow_end.name) &&
+           take_slot(slots, factor, OP_END, quillfen_end.name) &&
+           take_slot(slots, factor, OP_UNKNOWN_DF, quillfen_unknown_df.name);
+}
+
+constexpr std::uint64_t find_factor() {
+    for (std::uint64_t factor = 0x9E3779B97F4A7C15;; factor += 0xBF58476D1CE4E5BA) {
+        name_slots slots{};
+        if (take_slots(slots, factor)) return factor;
+    }
+}
+constexpr std::uint64_t name_factor = find_factor();
+
+constexpr name_slots make_slots() {
+    name_slots slots{};
+    take_slots(slots, name_factor);
+    return slots;
+}
+constexpr name_slots slots_of_names = make_slots();
+
 static_assert(rows_ascend());
 static_assert(items_have_sizes());
 static_assert(count_of(NONE) == 81 && count_of(TEXT) == 94);
@@ -209,6 +266,21 @@ void set_entry(opcode code, const opcode_info& info) {
 }
 
 }  // namespace
+
+int find_code(const char* name, std::size_t size) {
+    if (size == 0 || size > code_name::max_size) return no_code;
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(name);
+    name_words words = {load_word(bytes), load_word(bytes + 8)};
+    if (size <= 8) {
+        words.first &= ~byte_word{0} >> (64 - 8 * size);
+        words.second = 0;
+    } else {
+        words.second &= ~byte_word{0} >> (128 - 8 * size);
+    }
+    const std::uint8_t code = slots_of_names[slot_of(words, name_factor)];
+    const auto* const found = reinterpret_cast<const std::uint8_t*>(code_info[code].name.padded());
+    return load_word(found) == words.first && load_word(found + 8) == words.second ? code : no_code;
+}
 
 void select_game_mode(game_mode_id game_mode) {
     switch (game_mode) {

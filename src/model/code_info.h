@@ -34,6 +34,9 @@ enum code_type : std::uint8_t {
     DATA_INT16,
 };
 
+// Operators with two operands that weigh the same in an expression; see model/infix.h.
+enum class operator_group : std::uint8_t { none, comparison, additive, multiplicative, logical };
+
 // The opcodes that the passes know by name.
 enum opcode : std::uint8_t {
     OP_EQUAL = 0x86,
@@ -63,7 +66,8 @@ enum opcode : std::uint8_t {
 
 constexpr std::size_t max_params = 4;
 
-// A name in a place of fixed size, so that printing it is one copy of that size.
+// A name in a place of fixed size, so that printing it is one copy of that size. At least one zero
+// byte ends it.
 class code_name {
 public:
     static constexpr std::size_t max_size = 16;
@@ -71,10 +75,13 @@ public:
     constexpr code_name() = default;
     template <std::size_t size>
     constexpr code_name(const char (&name)[size]) : size_(size - 1) {
-        static_assert(size - 1 <= max_size);
+        static_assert(size <= max_size);
         for (std::size_t i = 0; i < size - 1; ++i) text_[i] = name[i];
     }
     constexpr operator std::string_view() const { return {text_.data(), size_}; }
+
+    // max_size bytes, those behind the name 0.
+    [[nodiscard]] const char* padded() const { return text_.data(); }
 
     // Copies max_size bytes and returns the end of the name.
     char* copy_padded(char* to) const {
@@ -94,6 +101,7 @@ struct alignas(32) code_info_entry {
     std::array<code_type, max_params> params = {};  // the kind of each operand
     code_type item_type = BYTE;                     // inside an expression, where most bytes stand for themselves
     std::uint8_t item_size = 1;                     // bytes of the item there; 0 for a literal that has not one number
+    operator_group group = operator_group::none;
 };
 
 // The table of the selected game. Only select_game_mode writes it.
@@ -104,6 +112,11 @@ extern std::array<code_type, 256> code_types;
 
 // Puts the game's own meaning of the bytes 0xD1 and 0xDF into the table.
 void select_game_mode(game_mode_id game_mode);
+
+// The opcode of an instruction, operator or ":=" of this name in the selected game, or no_code. Names
+// are compared by sixteen bytes: so many must be readable at `name`.
+inline constexpr int no_code = -1;
+int find_code(const char* name, std::size_t size);
 
 inline bool begins_text(std::uint8_t byte) { return code_types[byte] == TEXT || code_types[byte] == MB_IN; }
 // "$var", "$str" and "data" can close a variable reference and stand before an assignment.

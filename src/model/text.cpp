@@ -2,39 +2,24 @@
 
 #include "base/diagnostics.h"
 
-namespace {
-
-// Where a text ends, or the fault that stops it: a lead byte without its trail byte, or a passage
-// that is open at the end of the bytes.
-struct text_end {
-    std::size_t position;
-    enum : std::uint8_t { proper, malformed, unclosed } state;
-};
-
 text_end find_text_end(std::span<const std::uint8_t> bytes) {
+    bool in_passage = false;
     std::size_t position = 0;
     for (;;) {
-        position = find_marked<mark_special>(bytes.data(), position, bytes.size());
-        if (position == bytes.size()) return {position, text_end::proper};
-        if (code_types[bytes[position]] == TEXT) {
-            ++position;
-            continue;
+        if (!in_passage) position = find_marked<mark_special>(bytes.data(), position, bytes.size());
+        if (position == bytes.size()) return {position, in_passage ? text_end::unclosed : text_end::proper};
+        const std::uint8_t next = bytes.size() - position < 2 ? std::uint8_t{0} : bytes[position + 1];
+        switch (text_item_at(in_passage, bytes[position], next)) {
+            case text_item::single: break;
+            case text_item::pair: ++position; break;
+            case text_item::opens: in_passage = true; break;
+            case text_item::closes: in_passage = false; break;
+            case text_item::half: return {position, text_end::malformed};
+            case text_item::none: return {position, text_end::proper};
         }
-        if (code_types[bytes[position]] != MB_IN) return {position, text_end::proper};
-        // A passage, up to its "}".
-        for (++position; position < bytes.size() && code_types[bytes[position]] != MB_OUT; ++position) {
-            if (!is_lead_byte(bytes[position])) continue;
-            if (bytes.size() - position < 2 || !is_trail_byte(bytes[position + 1])) {
-                return {position, text_end::malformed};
-            }
-            ++position;
-        }
-        if (position == bytes.size()) return {position, text_end::unclosed};
         ++position;
     }
 }
-
-}  // namespace
 
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length) {
     const text_end found = find_text_end(conv_bytes(script, start, end));

@@ -7,26 +7,15 @@ namespace {
 
 std::uint8_t byte_at(std::string_view text, std::size_t position) { return static_cast<std::uint8_t>(text[position]); }
 
-// The letter that stands for an escaped byte behind the backslash, 0 for any other byte.
-constexpr char escape_letter(std::uint8_t byte) {
-    switch (byte) {
-        case '\t': return 't';
-        case '\n': return 'n';
-        case '"': return '"';
-        case '\\': return '\\';
-        default: return 0;
-    }
+// 0 behind the text.
+std::uint8_t byte_behind(std::string_view text, std::size_t position) {
+    return text.size() - position < 2 ? std::uint8_t{0} : byte_at(text, position + 1);
 }
 
 // Where the next byte stands that `mark` marks.
 template <byte_word (*mark)(byte_word)>
 std::size_t next_marked(std::string_view text, std::size_t position) {
     return find_marked<mark>(reinterpret_cast<const std::uint8_t*>(text.data()), position, text.size());
-}
-
-// Marks what is escaped or opens a passage, and what only looks so.
-constexpr byte_word mark_escaped(byte_word word) {
-    return mark_special(word) | mark_equal(word, '"') | mark_equal(word, '\\');
 }
 
 // Copies a text with its escapes. `in_passage` says whether it begins inside a double-byte
@@ -43,13 +32,10 @@ void escape_text(writer& out, std::string_view text, bool& in_passage) {
             out.put('\\');
             out.put(letter);
             copied = position + 1;
-        } else if (in_passage) {
-            if (code_types[byte] == MB_OUT)
-                in_passage = false;
-            else if (is_lead_byte(byte))
-                ++position;
-        } else if (code_types[byte] == MB_IN) {
-            in_passage = true;
+        } else {
+            const text_item item = text_item_at(in_passage, byte, byte_behind(text, position));
+            if (item == text_item::pair) ++position;
+            if (item == text_item::opens || item == text_item::closes) in_passage = !in_passage;
         }
         ++position;
     }
@@ -97,24 +83,12 @@ std::string_view text_of(const conv& script, const operand& param) {
 }
 
 result check_text(std::string_view text) {
-    bool in_passage = false;
-    for (std::size_t position = 0; position < text.size(); ++position) {
-        if (!in_passage) position = next_marked<mark_special>(text, position);
-        if (position == text.size()) break;
-        const std::uint8_t byte = byte_at(text, position);
-        if (!in_passage) {
-            if (code_types[byte] != TEXT && code_types[byte] != MB_IN) return ERROR("illegal text: %02X", byte);
-            in_passage = code_types[byte] == MB_IN;
-        } else if (code_types[byte] == MB_OUT) {
-            in_passage = false;
-        } else if (is_lead_byte(byte)) {
-            ++position;
-            const std::uint8_t trail = position < text.size() ? byte_at(text, position) : std::uint8_t{0};
-            if (!is_trail_byte(trail)) return ERROR("illegal multibyte text: %02X%02X", byte, trail);
-        }
-    }
-    if (in_passage) return ERROR("illegal multibyte text: '}' not found");
-    return result::ok;
+    const text_end found = find_text_end({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    if (found.state == text_end::unclosed) return ERROR("illegal multibyte text: '}' not found");
+    if (found.position == text.size()) return result::ok;
+    const std::uint8_t byte = byte_at(text, found.position);
+    if (found.state == text_end::proper) return ERROR("illegal text: %02X", byte);
+    return ERROR("illegal multibyte text: %02X%02X", byte, byte_behind(text, found.position));
 }
 
 result print_text(listing& print, const inst& node, int depth) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "base/diagnostics.h"
+#include "model/infix.h"
 
 enum class piece_kind : std::uint8_t {
     item,   // `item` with its operands; `code` is that of the operator or function around it
@@ -18,30 +19,6 @@ namespace {
 
 // The most that one step of the rendering writes, a name's padding included.
 constexpr std::size_t max_step = 3 * code_name::max_size;
-
-enum class operator_group : std::uint8_t { none, comparison, additive, multiplicative, logical };
-
-constexpr operator_group group_of(std::uint8_t code) {
-    if (code >= 0x81 && code <= 0x86) return operator_group::comparison;
-    if (code == 0x90 || code == 0x91) return operator_group::additive;
-    if (code == 0x92 || code == 0x93) return operator_group::multiplicative;
-    if (code == 0x94 || code == 0x95) return operator_group::logical;
-    return operator_group::none;
-}
-
-// Whether a two-operand operator is wrapped whole as an operand of `parent`.
-bool is_wrapped(std::uint8_t code, std::uint8_t parent) {
-    if (options.verbosity_parenthesis) return true;
-    const operator_group around = group_of(parent);
-    if (around == operator_group::none) return false;
-    switch (group_of(code)) {
-        case operator_group::additive: return around != operator_group::additive;
-        case operator_group::multiplicative:
-            return around != operator_group::additive && around != operator_group::multiplicative;
-        case operator_group::logical: return parent != code;
-        default: return true;
-    }
-}
 
 struct renderer {
     const conv& script;
@@ -73,6 +50,12 @@ two_operands operands_of(const renderer& render, std::uint32_t item) {
     return {expr_before(render.script.tree, right), right};
 }
 
+// The rule of model/infix.h, in the three functions below.
+
+bool is_wrapped_whole(std::uint8_t code, std::uint8_t parent) {
+    return options.verbosity_parenthesis || is_wrapped(code, parent);
+}
+
 // Whether the rendering of an operand of `parent` begins with a parenthesis.
 bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::uint8_t parent) {
     while (item_type(render, item) == OPERATOR) {
@@ -81,7 +64,7 @@ bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::ui
             if (!options.omit_eval) return false;
             --item;
         } else {
-            if (is_wrapped(code, parent)) return true;
+            if (is_wrapped_whole(code, parent)) return true;
             item = operands_of(render, item).left;
         }
         parent = code;
@@ -89,11 +72,8 @@ bool begins_with_parenthesis(const renderer& render, std::uint32_t item, std::ui
     return false;
 }
 
-// A right operand of the same group would read as part of the left one.
 bool needs_parentheses(const renderer& render, std::uint8_t code, std::uint32_t right) {
-    const operator_group group = group_of(code);
-    return group != operator_group::comparison && group == group_of(item_code(render, right)) &&
-           !begins_with_parenthesis(render, right, code);
+    return is_same_group(code, item_code(render, right)) && !begins_with_parenthesis(render, right, code);
 }
 
 // Pieces are put off in reverse: what is put off last is rendered first.
@@ -150,7 +130,7 @@ void render_eval(renderer& render) {
 [[nodiscard]] bool render_operator(renderer& render, std::uint32_t item, std::uint8_t code, std::uint8_t parent) {
     const auto [left, right] = operands_of(render, item);
     const bool wraps_right = needs_parentheses(render, code, right);
-    const bool wraps_all = is_wrapped(code, parent);
+    const bool wraps_all = is_wrapped_whole(code, parent);
     if (wraps_all) render_text(render, "(");
     descend(render, left, code);
     return (!wraps_all || put_off(render, piece_kind::close)) && (!wraps_right || put_off(render, piece_kind::close)) &&

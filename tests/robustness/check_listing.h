@@ -11,6 +11,7 @@ struct listing_request {
     run_options options;
     bool dump = false;
     bool text_table = false;
+    bool must_succeed = false;  // a run that fails is a fault
 };
 
 // Two bytes choose the options: each value of each can be reached.

@@ -5,8 +5,6 @@
 #include <map>
 #include <random>
 
-#include "support/in_process.h"
-
 namespace {
 
 using reference = std::map<std::int32_t, code_type>;
@@ -58,36 +56,6 @@ TEST(offset_table, agrees_with_a_map) {
                 expect_same(tables[j], entries[j], offset);
             }
         }
-    }
-}
-
-TEST(offset_table, keeps_the_first_type_but_for_two_exceptions) {
-    struct row {
-        code_type stored;
-        code_type given;
-        code_type kept;
-        const char* message;
-    };
-    constexpr row rows[] = {
-        {TEXT, TEXT, TEXT, ""},
-        {NONE, INT32, INT32, "INFORMATION(*): change offset type: offset=00000003, type=00 -> 0C\n"},
-        {DATA, DATA_TEXT, DATA_TEXT, "INFORMATION(*): change offset type: offset=00000003, type=0F -> 10\n"},
-        {DATA, DATA_INT16, DATA_INT16, "INFORMATION(*): change offset type: offset=00000003, type=0F -> 11\n"},
-        {DATA_TEXT, DATA_INT16, DATA_TEXT, "WARNING(*): offset type mismatch: offset=00000003, type=10, 11\n"},
-        {DATA, TEXT, DATA, "WARNING(*): offset type mismatch: offset=00000003, type=0F, 01\n"},
-        {INT32, NONE, INT32, "WARNING(*): offset type mismatch: offset=00000003, type=0C, 00\n"},
-    };
-    for (const row& each : rows) {
-        marks shared;
-        offset_table table;
-        offset_table_init(table, code_marks, shared, 9);
-        const std::string messages = messages_of([&] {
-            EXPECT_FALSE(failed(offset_table_add(table, 3, each.stored)));
-            EXPECT_FALSE(failed(offset_table_add(table, 3, each.given)));
-        });
-        EXPECT_EQ(messages, each.message);
-        EXPECT_EQ(offset_table_find(table, 3), each.kept);
-        EXPECT_EQ(offset_table_count(table), 1);
     }
 }
 

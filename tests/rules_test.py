@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Compares how expressions are listed, each as the operand of a statement of its own: expressions_test.py TOOL"""
+"""Compares what follows a simple rule, where there is much of it: rules_test.py TOOL"""
 import sys
 from golden_test import different, run_tool, script_bytes
 
@@ -37,15 +37,33 @@ def grid(wraps_all):
             yield f"03 01 02 {below} {code}", wrapped(wraps_all, f"3 {name} {wrapped(wraps_all or side != '-', inner)}")
 
 
-def check(tool, options, expressions):
-    script = b"".join(script_bytes(f"9C {items} A7") for items in expressions)
+def expressions(tool, options, expected):
+    """Each expression is the operand of a statement of its own."""
+    script = b"".join(script_bytes(f"9C {items} A7") for items in expected)
     listing = run_tool(tool, [*options, "script"], script)[1][""].decode().partition("\n\n")[2]
-    return different("expressions", "".join(f"    horse eval {text}\n" for text in expressions.values()) + "; END\n", listing)
+    return different("expressions", "".join(f"    horse eval {text}\n" for text in expected.values()) + "; END\n", listing)
+
+
+def indentation(tool, depth=40):
+    listing = run_tool(tool, ["script"], script_bytes(f'{depth}*(A1 01 A7) "Hi" {depth}*(A2)'))[1][""].decode()
+    lines = ["if eval 1"] * depth + ['"Hi"'] + ["endif"] * depth
+    return different("indentation", listing.partition("\n\n")[0] + "\n\n" + "".join(
+        f"{'    ' * (1 + min(i, 2 * depth - i))}{line}\n" for i, line in enumerate(lines)) + "; END\n", listing)
+
+
+def what_is_longer_than_a_buffer(tool):
+    text = "0123456789" * 20000
+    files = run_tool(tool, ["-V", "-V", "-t", "text", "script"], script_bytes(f'FF 07 "Na" B5 D2 @C 01 A7 "{text}" 00'))[1]
+    wanted = {"": f'    .data "{text}"\n; END\n', "text": f'T0007_0001\t0x0000000C\t"{text}"\n# end\n',
+              "messages": f"DEBUG: data block: offset=0000000C, text={text}\n"}
+    return any(f"\n{line}" not in files[name].decode() and print(f"{name}: the long line is not whole") is None
+               for name, line in wanted.items())
 
 
 def main(tool):
     wrapped = {**dict(grid(True)), "01 02 03 91 91 CA": "join((1 - (2 - 3)))"}
-    return any([check(tool, [], {**dict(grid(False)), **OTHERS}), check(tool, ["--verbosity-parenthesis"], wrapped)])
+    return any([expressions(tool, [], {**dict(grid(False)), **OTHERS}), indentation(tool),
+                expressions(tool, ["--verbosity-parenthesis"], wrapped), what_is_longer_than_a_buffer(tool)])
 
 
 if __name__ == "__main__":

@@ -1,0 +1,10 @@
+// What a failed analysis means for the lines of a listing.
+#pragma once
+
+#include <string_view>
+
+#include "assemble/assembly.h"
+
+// Reports the failure that the messages of the passes tell of, at the line that lies at its offset.
+// Returns whether they tell of one, and not of exhausted memory.
+bool explain_analysis(assembly& made, std::string_view messages);
