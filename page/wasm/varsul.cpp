@@ -1,12 +1,15 @@
 // The library behind a small C interface, for the page. Bytes go in through varsul_input, what a call
 // makes stands in named parts until the next call. Nothing is read from files or written to them.
 #include <cstdint>
+#include <cstdio>
+#include <span>
 #include <utility>
 
 #include "base/array.h"
 #include "base/diagnostics.h"
 #include "base/writer.h"
 #include "driver/passes.h"
+#include "driver/rebuild.h"
 #include "model/conv.h"
 #include "output/print_text.h"
 
@@ -26,7 +29,7 @@ enum list_option : std::uint32_t {
 };
 
 // What a call makes.
-enum part : std::uint32_t { listing_part, table_part, messages_part, parts };
+enum part : std::uint32_t { listing_part, table_part, messages_part, script_part, parts };
 
 array<std::uint8_t> input;
 array<char> made[parts];
@@ -73,6 +76,35 @@ int end_run(result outcome) {
     return failed(outcome) || message_cut ? 1 : 0;
 }
 
+// One line for each fault: the file it is in, how bad it is, its position there and what it is.
+void put_faults(writer& out, const fault_list& faults) {
+    for (const fault& each : faults.shown()) {
+        char head[64];
+        std::snprintf(head, sizeof head, "%s\t%s\t%u\t", each.file == source_file::listing ? "listing" : "table",
+                      each.level == severity::error ? "error" : "warning", each.position);
+        out.put(head);
+        out.put(each.text.data());
+        out.put('\n');
+    }
+}
+
+bool take_sources(std::uint32_t listing_size, source& listing, source& table) {
+    const std::span<const std::uint8_t> bytes(input.data(), input.size());
+    return !failed(source_assign(listing, bytes.first(listing_size))) &&
+           !failed(source_assign(table, bytes.subspan(listing_size)));
+}
+
+rebuild_outcome rebuild_input(std::uint32_t listing_size, fault_list& faults) {
+    source listing;
+    source table;
+    array<std::uint8_t> script;
+    if (!take_sources(listing_size, listing, table)) return rebuild_outcome::exhausted;
+    input.release();
+    const rebuild_outcome outcome = rebuild(listing, table.size == 0 ? nullptr : &table, script, faults);
+    const bool kept = made[script_part].append(reinterpret_cast<const char*>(script.data()), script.size());
+    return kept ? outcome : rebuild_outcome::exhausted;
+}
+
 }  // namespace
 
 extern "C" {
@@ -86,6 +118,19 @@ int varsul_list(std::uint32_t game, std::uint32_t bits) {
     set_options(game, bits);
     begin_run();
     return end_run(list_input((bits & dump) != 0));
+}
+
+// Makes the script of the listing that was put in, with the text table behind it where it has text labels.
+// Returns 0 when the script is made, 1 when the listing has errors, 2 when memory ran out. The
+// faults stand in the messages. The input is used up.
+int varsul_rebuild(std::uint32_t listing_size) {
+    begin_run();
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild_input(listing_size, faults);
+    diagnostics.open(made[messages_part]);
+    put_faults(diagnostics, faults);
+    diagnostics.flush();
+    return static_cast<int>(outcome);
 }
 
 // A part of what the last call made.

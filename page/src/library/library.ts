@@ -1,11 +1,21 @@
 // The C interface of the library, as wasm/varsul.cpp declares it.
-import { games, listOptions, type Bytes, type Game, type Listed, type ListOptions } from "../script/script";
+import {
+  type BuildFault,
+  games,
+  listOptions,
+  type Bytes,
+  type Game,
+  type Listed,
+  type ListOptions,
+  type Rebuilt,
+} from "../script/script";
 
 interface Exports {
   readonly memory: WebAssembly.Memory;
   _initialize(): void;
   varsul_input(size: number): number;
   varsul_list(game: number, options: number): number;
+  varsul_rebuild(listingSize: number): number;
   varsul_part(part: number): number;
   varsul_part_size(part: number): number;
 }
@@ -14,6 +24,7 @@ const enum Part {
   listing,
   table,
   messages,
+  script,
 }
 
 // The library asks the system for nothing: it reads and writes memory alone.
@@ -44,6 +55,18 @@ export class Library {
     };
   }
 
+  // The script of a listing, whose text labels stand in the table.
+  rebuild(listing: Uint8Array, table: Uint8Array): Rebuilt {
+    const both = new Uint8Array(listing.length + table.length);
+    both.set(listing);
+    both.set(table, listing.length);
+    this.put(both);
+    const outcome = this.exports.varsul_rebuild(listing.length);
+    if (outcome === 2) throw new RangeError("the memory is exhausted");
+    const faults = new TextDecoder("shift_jis").decode(this.part(Part.messages)).split("\n").slice(0, -1).map(faultOf);
+    return { script: outcome === 0 ? this.part(Part.script) : null, faults };
+  }
+
   // How much memory the library holds; it gives none back.
   get memory(): number {
     return this.exports.memory.buffer.byteLength;
@@ -59,6 +82,11 @@ export class Library {
     const size = this.exports.varsul_part_size(part);
     return new Uint8Array(this.exports.memory.buffer, this.exports.varsul_part(part), size).slice();
   }
+}
+
+function faultOf(line: string): BuildFault {
+  const [file, severity, position, ...text] = line.split("\t");
+  return { file, severity, position: Number(position), text: text.join("\t") } as BuildFault;
 }
 
 const empty = new Uint8Array(0);

@@ -1,5 +1,5 @@
 // What the page asks of the worker that runs the library, and what comes back.
-import type { Bytes, Game, Listed, ListOption, Summary } from "../script/script";
+import type { Bytes, Game, Listed, ListOption, Rebuilt, Summary } from "../script/script";
 
 // A listing, and the same with its dump, which tells where each line lies in the script.
 export interface ListedWithDump extends Listed {
@@ -9,4 +9,5 @@ export interface ListedWithDump extends Listed {
 export interface Requests {
   summarise: { input: { bytes: Bytes; game: Game }; output: Summary };
   list: { input: { bytes: Bytes; game: Game; options: ListOption[] }; output: ListedWithDump };
+  rebuild: { input: { listing: Bytes; table: Bytes }; output: Rebuilt };
 }

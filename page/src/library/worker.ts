@@ -96,4 +96,5 @@ function list({ bytes, game, options }: Requests["list"]["input"]): ListedWithDu
 answerRequests<Requests, WebAssembly.Module>((start) => (module = start), {
   summarise: ({ bytes, game }) => summarise(bytes, game),
   list,
+  rebuild: ({ listing, table }) => withLibrary((library) => library.rebuild(listing, table)),
 });

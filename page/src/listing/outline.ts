@@ -27,6 +27,8 @@ export interface Statement {
   readonly labels: string[];
   operands: string; // as they are written
   text: string | null; // of the first text among them
+  textFrom: number; // where that stands, with its quotes
+  textTo: number;
   offers: string[]; // words behind "@" in it
   readonly block: Statement[];
 }
@@ -137,7 +139,7 @@ class Reader {
   private enterText(node: SyntaxNodeRef): void {
     const escaped = this.listing.slice(node.from + 1, node.to - 1);
     if (this.inLine(node)) {
-      this.current!.text ??= unescape(escaped);
+      if (this.current!.text === null) this.setText(this.current!, node, unescape(escaped));
       return;
     }
     const last = this.list.at(-1);
@@ -148,11 +150,17 @@ class Reader {
       (this.beginsText ? !this.beginsText(line) : endsTextLine.test(this.listing.slice(last.to - 4, last.to)));
     if (goesOn) {
       last.text += unescape(escaped);
-      last.to = node.to;
+      last.to = last.textTo = node.to;
       this.current = last;
     } else {
-      this.begin(node, "text").text = unescape(escaped);
+      this.setText(this.begin(node, "text"), node, unescape(escaped));
     }
+  }
+
+  private setText(statement: Statement, node: SyntaxNodeRef, text: string): void {
+    statement.text = text;
+    statement.textFrom = node.from;
+    statement.textTo = node.to;
   }
 
   // Whether a text is an operand of the statement that stands before it on its line.
@@ -172,6 +180,8 @@ class Reader {
       labels: this.pending.map((label) => label.name),
       operands: textName ? source : source.slice(name.length).trimStart(),
       text: null,
+      textFrom: -1,
+      textTo: -1,
       offers: [],
       block: [],
     };

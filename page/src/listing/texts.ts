@@ -1,7 +1,7 @@
 // The texts of a script, each with its kind and its place in the conversation.
 import type { Kind, TextRow } from "../script/script";
 import { keywordsOf, readable, type Outline, type Statement } from "./outline";
-import { unescape } from "./quoting";
+import { escape, quotedLines, unescape } from "./quoting";
 
 const kinds: Readonly<Record<string, Kind>> = {
   text: "spoken",
@@ -59,4 +59,27 @@ export function visitTexts(statements: readonly Statement[], place: readonly str
             : statement.name;
     visitTexts(statement.block, [...place, step], visit);
   }
+}
+
+// The rows of a listing that was changed since; null when it has other texts than before.
+export function changedRows(rows: readonly TextRow[], outline: Outline): TextRow[] | null {
+  const changed: TextRow[] = [];
+  let count = 0;
+  visitTexts(outline.statements, [], ({ text, line }, place) => {
+    const row = rows[count++];
+    if (row) changed.push({ ...row, text: text ?? "", place: place.join(" › "), line });
+  });
+  return count === rows.length ? changed : null;
+}
+
+// A listing with another text in the place of the one with that index; null when it has none.
+export function withText(listing: string, outline: Outline, index: number, text: string): string | null {
+  const found: Statement[] = [];
+  visitTexts(outline.statements, [], (statement) => found.push(statement));
+  const statement = found[index];
+  if (!statement) return null;
+  const { textFrom, textTo, name } = statement;
+  const indentation = listing.slice(listing.lastIndexOf("\n", textFrom) + 1, textFrom);
+  const quoted = name === "text" ? quotedLines(text).join(`\n${indentation}`) : `"${escape(text)}"`;
+  return listing.slice(0, textFrom) + quoted + listing.slice(textTo);
 }

@@ -28,6 +28,20 @@ export interface Listed {
   readonly messages: string;
 }
 
+// Something wrong in a listing or its text table, at a position in its bytes.
+export interface BuildFault {
+  readonly file: "listing" | "table";
+  readonly severity: "error" | "warning";
+  readonly position: number;
+  readonly text: string;
+}
+
+// What was made of a listing; no script where it has errors.
+export interface Rebuilt {
+  readonly script: Bytes | null;
+  readonly faults: readonly BuildFault[];
+}
+
 export type Kind = "spoken" | "keyword" | "name" | "look" | "table";
 
 // A text of a script and where it stands.

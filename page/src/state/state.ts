@@ -69,7 +69,7 @@ export interface State {
   readonly forward: readonly Place[];
   readonly progress: { readonly done: number; readonly all: number } | null;
   readonly faults: readonly Fault[];
-  readonly notice: string; // the last thing that happened, in words
+  readonly notice: { readonly text: string }; // the last thing that happened
   readonly other: readonly Script[]; // the other version, for comparing
   readonly compared: { readonly before: Side; readonly after: Side } | null;
 }
@@ -85,7 +85,7 @@ export const initialState = (game: Game): State => ({
   forward: [],
   progress: null,
   faults: [],
-  notice: "",
+  notice: { text: "" },
   other: [],
   compared: null,
 });
@@ -99,6 +99,8 @@ export const openScript = (state: State): Script | null =>
 export const gameOf = (state: State, script: Script): Game => script.ownGame ?? state.game;
 
 export const isChanged = (script: Script) => script.bytes !== script.opened;
+
+export const hasChange = (script: Script) => script.draft !== null || isChanged(script);
 
 export const hasUnsaved = (script: Script) => script.draft !== null || (isChanged(script) && !script.isSaved);
 
@@ -168,7 +170,7 @@ export function update(state: State, message: Message): State {
     case "faultsFound":
       return { ...state, faults: message.faults };
     case "noticed":
-      return { ...state, notice: message.notice };
+      return { ...state, notice: { text: message.notice } };
   }
 }
 

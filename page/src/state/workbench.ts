@@ -1,14 +1,12 @@
 // What a user can have done: each act asks the workers where it must, and sends messages to the state.
-import { zipSync } from "fflate";
 import type { Requests as LibraryRequests } from "../library/protocol";
 import { offsetsOf } from "../listing/offsets";
 import { readOutline } from "../listing/outline";
 import { Stopped, type Workers } from "../remote/workers";
 import { decode } from "../script/encoding";
 import type { Bytes, Game, ListOption, Summary } from "../script/script";
-import { download, nameOf } from "../ui/download";
 import type { Picked } from "./files";
-import { gameOf, isChanged, openScript, type Place, type Script, type ScriptChange, type View } from "./state";
+import { gameOf, openScript, type Place, type Script, type ScriptChange, type View } from "./state";
 import type { Store } from "./store";
 
 // Files longer than this are no conversations.
@@ -27,7 +25,7 @@ export class Workbench {
 
   constructor(
     readonly store: Store,
-    private readonly library: Workers<LibraryRequests>,
+    readonly library: Workers<LibraryRequests>,
   ) {}
 
   // Opens scripts; one alone is shown at once.
@@ -113,47 +111,12 @@ export class Workbench {
     this.store.send({ is: "noticed", notice });
   }
 
+  script(id: number): Script | undefined {
+    return this.store.state.scripts.find((script) => script.id === id);
+  }
+
   change(id: number, change: ScriptChange): void {
     this.store.send({ is: "scriptsChanged", changes: new Map([[id, change]]) });
-  }
-
-  // Takes a listing that is being changed.
-  draft(id: number, listing: string): void {
-    const { shown } = this.store.state;
-    if (!shown || shown.id !== id) return;
-    const options = [...this.store.state.options];
-    this.change(id, { draft: listing === shown.listing ? null : { listing, table: shown.table, options } });
-  }
-
-  discard(id: number): void {
-    const script = this.store.state.scripts.find((candidate) => candidate.id === id);
-    if (!script) return;
-    this.change(id, { draft: null, bytes: script.opened, isSaved: false });
-    this.store.send({ is: "faultsFound", faults: [] });
-    if (script.bytes !== script.opened)
-      this.resummarise(this.store.state.scripts.filter((candidate) => candidate.id === id));
-    void this.relist();
-  }
-
-  async build(): Promise<void> {}
-  async changeText(_id: number, _index: number, _text: string): Promise<void> {}
-
-  downloadScript(): void {
-    const script = openScript(this.store.state);
-    if (!script) return;
-    download(nameOf(script.path), script.bytes, "application/octet-stream");
-    this.change(script.id, { isSaved: true });
-  }
-
-  // All scripts that were changed, in their folders.
-  downloadChanged(): void {
-    const changed = this.store.state.scripts.filter(isChanged);
-    const files = Object.fromEntries(changed.map((script) => [script.path, script.bytes]));
-    download("changed-scripts.zip", new Uint8Array(zipSync(files)), "application/zip");
-    this.store.send({
-      is: "scriptsChanged",
-      changes: new Map(changed.map((script) => [script.id, { isSaved: true }])),
-    });
   }
 
   // A listing of some bytes.
@@ -177,7 +140,7 @@ export class Workbench {
     return scripts;
   }
 
-  private resummarise(scripts: readonly Script[]): void {
+  resummarise(scripts: readonly Script[]): void {
     this.store.send({
       is: "scriptsChanged",
       changes: new Map(scripts.map((script) => [script.id, { summary: null }])),
@@ -199,7 +162,7 @@ export class Workbench {
 
   private finish(script: Script, game: Game, summary: Summary | null): void {
     ++this.finished;
-    const now = this.store.state.scripts.find((candidate) => candidate.id === script.id);
+    const now = this.script(script.id);
     const isStillAsked = now?.bytes === script.bytes && gameOf(this.store.state, now) === game;
     if (summary && isStillAsked) this.results.set(script.id, { summary });
     this.drawSoon();

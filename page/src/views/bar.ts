@@ -1,9 +1,10 @@
 // The bar at the top: views, game, files, progress.
 import { gameNames, games, type Game } from "../script/script";
 import { fromDrop, fromInput, type Picked } from "../state/files";
-import { hasUnsaved, isChanged, views, type View } from "../state/state";
+import { hasChange, hasUnsaved, views, type View } from "../state/state";
+import type { Editing } from "../state/editing";
 import type { Workbench } from "../state/workbench";
-import { button, byId, element } from "../ui/dom";
+import { button, byId, element, whenQuiet } from "../ui/dom";
 
 const viewTitles: Readonly<Record<View, string>> = {
   scripts: "Scripts",
@@ -16,7 +17,7 @@ const viewTitles: Readonly<Record<View, string>> = {
 
 const ofOneScript: ReadonlySet<View> = new Set(["listing", "map", "bytes"]);
 
-export function drawBar(workbench: Workbench): void {
+export function drawBar(workbench: Workbench, editing: Editing): void {
   const { store } = workbench;
   const tabs = views.map((view) => button(viewTitles[view], () => workbench.setView(view), { id: `view-${view}` }));
   byId("views").append(...tabs);
@@ -32,10 +33,10 @@ export function drawBar(workbench: Workbench): void {
   byId("stop").addEventListener("click", () => workbench.stop());
   byId("resume").addEventListener("click", () => workbench.resume());
   const saveAll = byId<HTMLButtonElement>("download-changed");
-  saveAll.addEventListener("click", () => workbench.downloadChanged());
+  saveAll.addEventListener("click", () => void editing.downloadChanged());
 
   const draw = () => {
-    const { view, scripts, place, progress, notice } = store.state;
+    const { view, scripts, place, progress } = store.state;
     views.forEach((value, index) => {
       const tab = tabs[index]!;
       tab.hidden = scripts.length === 0;
@@ -46,13 +47,19 @@ export function drawBar(workbench: Workbench): void {
     game.value = store.state.game;
     drawProgress(progress);
     byId("resume").hidden = progress !== null || scripts.every((script) => script.summary !== null);
-    saveAll.hidden = !scripts.some(isChanged);
-    saveAll.textContent = `Download changed (${scripts.filter(isChanged).length})`;
-    byId("notice").textContent = notice;
+    saveAll.hidden = !scripts.some(hasChange);
+    saveAll.textContent = `Download changed (${scripts.filter(hasChange).length})`;
     document.title = scripts.some(hasUnsaved) ? "• varsul" : "varsul";
   };
   store.listen(draw);
   draw();
+  const hide = whenQuiet(6000, () => byId("notice").classList.remove("is-shown"));
+  store.listen((state, before) => {
+    if (state.notice === before.notice) return;
+    byId("notice").textContent = state.notice.text;
+    byId("notice").classList.add("is-shown");
+    hide();
+  });
 }
 
 function drawProgress(progress: { done: number; all: number } | null): void {

@@ -1,6 +1,7 @@
 // The line above the open script: which it is, the way back, and what can be done with it.
 import { gameNames, type ListOption } from "../script/script";
 import { gameOf, isChanged, openScript, type Script, type State } from "../state/state";
+import type { Editing } from "../state/editing";
 import type { Workbench } from "../state/workbench";
 import { button, element } from "../ui/dom";
 import { download, withExtension } from "../ui/download";
@@ -17,7 +18,7 @@ const switches: readonly (readonly [ListOption, string, string])[] = [
 ];
 
 // `flush` hands the state what was typed in the listing.
-export function drawScriptBar(place: HTMLElement, workbench: Workbench, flush: () => void): void {
+export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing: Editing, flush: () => void): void {
   const { store } = workbench;
   const back = button("‹", () => workbench.back(), { id: "back", ariaLabel: "Back", title: "Back (Alt+Left)" });
   const forward = button("›", () => workbench.forward(), {
@@ -77,14 +78,19 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, flush: (
   });
   const discardChanges = () => {
     const script = openScript(store.state);
-    if (script && confirm("Discard every change to this script?")) workbench.discard(script.id);
+    if (script && confirm("Discard every change to this script?")) editing.discard(script.id);
   };
-  const build = button("Rebuild", () => (flush(), void workbench.build()), {
+  const buildOpen = () => {
+    flush();
+    const script = openScript(store.state);
+    if (script) void editing.build(script.id);
+  };
+  const build = button("Rebuild", () => buildOpen(), {
     id: "build",
     className: "is-main",
     title: "Make a script of the listing",
   });
-  const save = button("Download script", () => workbench.downloadScript(), { id: "download" });
+  const save = button("Download script", () => editing.downloadScript(), { id: "download" });
   const files = element("span", { className: "group" }, saveListing, saveTable);
   place.append(
     element("span", { className: "group" }, back, forward),

@@ -1,17 +1,9 @@
 // The listing of the open script, to read and to change.
-import { defaultKeymap, history, historyKeymap } from "@codemirror/commands";
+import { defaultKeymap, history, historyKeymap, isolateHistory } from "@codemirror/commands";
 import { bracketMatching, foldKeymap, syntaxTree } from "@codemirror/language";
 import { lintGutter, lintKeymap, setDiagnostics, type Diagnostic } from "@codemirror/lint";
 import { highlightSelectionMatches, search, searchKeymap } from "@codemirror/search";
-import {
-  Annotation,
-  EditorSelection,
-  EditorState,
-  StateEffect,
-  StateField,
-  Transaction,
-  type Text,
-} from "@codemirror/state";
+import { Annotation, EditorSelection, EditorState, StateEffect, StateField, type Text } from "@codemirror/state";
 import {
   Decoration,
   drawSelection,
@@ -26,6 +18,7 @@ import {
 } from "@codemirror/view";
 import { readOutline } from "../../listing/outline";
 import { openScript, type Shown, type State } from "../../state/state";
+import type { Editing } from "../../state/editing";
 import type { Workbench } from "../../state/workbench";
 import { whenQuiet } from "../../ui/dom";
 import { letters } from "./letters";
@@ -98,6 +91,7 @@ export class ListingView {
   constructor(
     private readonly parent: HTMLElement,
     private readonly workbench: Workbench,
+    private readonly editing: Editing,
   ) {
     this.view = new EditorView({ parent, state: this.fresh("") });
     workbench.store.listen((state) => this.draw(state));
@@ -115,7 +109,7 @@ export class ListingView {
     if (!script || !this.shown || this.shown.id !== script.id || this.knownDoc === doc) return;
     this.knownDoc = doc;
     this.known = doc.toString();
-    this.workbench.draft(script.id, this.known);
+    this.editing.draft(script.id, this.known);
   };
 
   private readonly readSoon = whenQuiet(readAfter, () => {
@@ -190,15 +184,20 @@ export class ListingView {
     if (state.place !== this.place && this.shown && this.shown.id === state.place?.id) {
       this.place = state.place;
       if (state.place.line) this.arrive(state.place.line);
+      this.view.focus();
     }
   }
 
   private drawListing(state: State): void {
+    const before = this.shown;
     this.shown = state.shown;
     this.faults = [];
     const draft = openScript(state)?.draft;
-    this.known = draft?.listing ?? this.shown?.listing ?? "";
-    this.view.setState(this.fresh(this.known));
+    const listing = draft?.listing ?? this.shown?.listing ?? "";
+    const isRebuilt = before !== null && before.id === this.shown?.id && before.bytes !== this.shown.bytes;
+    if (isRebuilt) this.replace(listing);
+    else this.view.setState(this.fresh(listing));
+    this.known = listing;
     this.knownDoc = this.view.state.doc;
     if (!this.shown) return;
     const effects: StateEffect<unknown>[] = [setOutline.of(draft ? readOutline(draft.listing) : this.shown.outline)];
@@ -210,14 +209,24 @@ export class ListingView {
   private drawDraft(state: State): void {
     const listing = openScript(state)?.draft?.listing ?? this.shown?.listing;
     if (listing === undefined || listing === this.known) return;
-    const { doc } = this.view.state;
     this.known = listing;
-    this.view.dispatch({
-      changes: { from: 0, to: doc.length, insert: listing },
-      annotations: [fromState.of(true), Transaction.addToHistory.of(true)],
-    });
+    this.replace(listing);
     this.knownDoc = this.view.state.doc;
     this.readOutline();
+  }
+
+  // Puts another listing in, as one step that can be undone.
+  private replace(listing: string): void {
+    const before = this.view.state.doc.toString();
+    let from = 0;
+    let end = 0;
+    const most = Math.min(before.length, listing.length);
+    while (from < most && before[from] === listing[from]) ++from;
+    while (end < most - from && before.at(-1 - end) === listing.at(-1 - end)) ++end;
+    this.view.dispatch({
+      changes: { from, to: before.length - end, insert: listing.slice(from, listing.length - end) },
+      annotations: [fromState.of(true), isolateHistory.of("full")],
+    });
   }
 
   private drawFaults(state: State): void {
@@ -241,6 +250,5 @@ export class ListingView {
       selection: EditorSelection.cursor(first),
       effects: [EditorView.scrollIntoView(line.from, { y: "center" }), setArrival.of(line.from)],
     });
-    this.view.focus();
   }
 }

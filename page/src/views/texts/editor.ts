@@ -2,10 +2,10 @@
 import { encode, shown, type Unencodable } from "../../script/encoding";
 import type { TextRow } from "../../script/script";
 import type { Script } from "../../state/state";
-import type { Workbench } from "../../state/workbench";
+import type { Editing } from "../../state/editing";
 import { button, element } from "../../ui/dom";
 
-export function editText(workbench: Workbench, script: Script, row: TextRow, index: number): void {
+export function editText(editing: Editing, script: Script, row: TextRow, index: number): void {
   const area = element("textarea", { value: row.text, rows: 6, id: "text-edit", ariaLabel: "Text" });
   area.setAttribute("aria-describedby", "text-fault");
   const fault = element("p", { className: "fault", id: "text-fault", role: "alert" });
@@ -33,7 +33,7 @@ export function editText(workbench: Workbench, script: Script, row: TextRow, ind
   const finish = async () => {
     const message = check();
     if (message) return area.setSelectionRange(message.at, message.at + 1);
-    if (area.value !== row.text) await workbench.changeText(script.id, index, area.value);
+    if (area.value !== row.text) await editing.changeText(script.id, index, area.value);
     dialog.close();
   };
   area.addEventListener("input", check);

@@ -1,6 +1,7 @@
 // The table of all texts.
 import { shown } from "../../script/encoding";
 import type { Kind, TextRow } from "../../script/script";
+import type { Editing } from "../../state/editing";
 import type { Workbench } from "../../state/workbench";
 import { button, element, whenQuiet } from "../../ui/dom";
 import { download } from "../../ui/download";
@@ -13,10 +14,10 @@ const kinds: readonly Kind[] = ["spoken", "keyword", "name", "look", "table"];
 const numberFormat = new Intl.NumberFormat("en");
 const byText = new Intl.Collator("en", { numeric: true }).compare;
 
-export function drawTexts(place: HTMLElement, workbench: Workbench): void {
+export function drawTexts(place: HTMLElement, workbench: Workbench, editing: Editing): void {
   const { store } = workbench;
   const open = ({ script, row }: Entry) => workbench.show({ id: script.id, view: "listing", line: row.line });
-  const edit = ({ script, row, index }: Entry) => editText(workbench, script, row, index);
+  const edit = ({ script, row, index }: Entry) => editText(editing, script, row, index);
   const columns: Column<Entry>[] = [
     {
       name: "file",
@@ -155,6 +156,7 @@ export function drawTexts(place: HTMLElement, workbench: Workbench): void {
   store.listen((state, before) => {
     isStale ||= state.scripts !== before.scripts;
     if (state.view !== "texts") return;
+    if (state.view !== before.view) editing.readTexts();
     if (isStale) collect();
     else if (state.place?.id !== before.place?.id) filter();
     isStale = false;
