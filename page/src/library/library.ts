@@ -1,4 +1,5 @@
 // The C interface of the library, as wasm/varsul.cpp declares it.
+import { decode } from "../script/encoding";
 import {
   type BuildFault,
   games,
@@ -51,7 +52,7 @@ export class Library {
       status,
       listing: this.part(Part.listing),
       table: this.part(Part.table),
-      messages: new TextDecoder("shift_jis").decode(this.part(Part.messages)),
+      messages: decode(this.part(Part.messages)),
     };
   }
 
@@ -63,7 +64,7 @@ export class Library {
     this.put(both);
     const outcome = this.exports.varsul_rebuild(listing.length);
     if (outcome === 2) throw new RangeError("the memory is exhausted");
-    const faults = new TextDecoder("shift_jis").decode(this.part(Part.messages)).split("\n").slice(0, -1).map(faultOf);
+    const faults = decode(this.part(Part.messages)).split("\n").slice(0, -1).map(faultOf);
     return { script: outcome === 0 ? this.part(Part.script) : null, faults };
   }
 

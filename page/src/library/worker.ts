@@ -27,9 +27,8 @@ function withLibrary<T>(use: (library: Library) => T): T {
     return result;
   } catch (fault) {
     library = null;
-    throw fault instanceof RangeError || fault instanceof WebAssembly.RuntimeError
-      ? new Error("The memory for this script is exhausted.")
-      : fault;
+    // Memory or stack: what a script nests takes stack, of which a page has less than a program.
+    throw new Error("This takes more memory than a page has.", { cause: fault });
   }
 }
 

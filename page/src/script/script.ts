@@ -16,6 +16,7 @@ export const listOptions = [
   "omitEval",
   "omitInt32",
   "verbose",
+  "trace",
 ] as const;
 export type ListOption = (typeof listOptions)[number];
 export type ListOptions = ReadonlySet<ListOption>;

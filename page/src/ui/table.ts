@@ -50,8 +50,12 @@ export class Table<Row> {
         ariaLabel: label,
         on: { keydown: (event) => this.press(event), focus: () => this.draw() },
       },
-      element("div", { role: "rowgroup", className: "table-heads" }, head),
-      this.scroller,
+      element(
+        "div",
+        { className: "table-inside", role: "presentation" },
+        element("div", { role: "rowgroup", className: "table-heads" }, head),
+        this.scroller,
+      ),
     );
     this.element.setAttribute("aria-colcount", String(columns.length));
     this.element.style.setProperty("--columns", columns.map((column) => column.width).join(" "));

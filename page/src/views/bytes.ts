@@ -33,7 +33,7 @@ export function drawBytes(place: HTMLElement, workbench: Workbench): void {
     label: "Bytes",
     rowHeight: 24,
     columns: [
-      { name: "offset", title: "Offset", width: "90px", className: "is-quiet", cell: (offset) => hex(offset, 8) },
+      { name: "offset", title: "Offset", width: "76px", className: "is-quiet", cell: (offset) => hex(offset, 8) },
       { name: "bytes", title: "Bytes", width: "400px", cell: (offset) => row(offset, (byte) => hex(byte, 2), " ") },
       {
         name: "characters",
@@ -47,8 +47,13 @@ export function drawBytes(place: HTMLElement, workbench: Workbench): void {
     label: "Texts in the bytes",
     rowHeight: 30,
     columns: [
-      { name: "offset", title: "Offset", width: "90px", className: "is-quiet", cell: ({ offset }) => hex(offset, 8) },
-      { name: "text", title: "Texts that can be read", width: "1fr", cell: ({ text }) => shown(text) },
+      { name: "offset", title: "Offset", width: "76px", className: "is-quiet", cell: ({ offset }) => hex(offset, 8) },
+      {
+        name: "text",
+        title: "Texts that can be read",
+        width: "1fr",
+        cell: ({ text }) => shown(text).replace(/\s+/g, " "),
+      },
     ],
     open: ({ offset }) => workbench.show({ id: script!.id, view: "bytes", offset }),
     empty: "No texts can be read.",

@@ -15,6 +15,7 @@ const switches: readonly (readonly [ListOption, string, string])[] = [
   ["omitEval", "Omit eval", "Leave out the word eval"],
   ["omitInt32", "Omit int32", "Leave out the word int32 before labels in expressions"],
   ["verbose", "More messages", "Tell more of the analysis"],
+  ["trace", "Trace", "Tell each step of the analysis"],
 ];
 
 // `flush` hands the state what was typed in the listing.

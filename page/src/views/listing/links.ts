@@ -34,13 +34,15 @@ function knownOf(outline: Outline): Known {
   return { outline, sources, firstWords: firstWordsOf(outline) };
 }
 
-// The first text that stands behind each label.
+// The first text that stands behind each label; a table of numbers has none.
 function firstWordsOf(outline: Outline): Map<string, string> {
   const words = new Map<string, string>();
   let waiting: string[] = [];
   const visit = (statements: readonly Statement[]): void => {
     for (const statement of statements) {
       waiting.push(...statement.labels);
+      const isTable = statement.name.startsWith(".");
+      if (isTable && statement.text === null) waiting = [];
       if (statement.text !== null && statement.text.trim() !== "") {
         for (const label of waiting) words.set(label, shorten(statement.text));
         waiting = [];
@@ -118,9 +120,14 @@ function decorate(view: EditorView, go: (line: number) => void): DecorationSet {
           return false;
         }
         if (node.name !== "LabelName") return;
+        const { from: line } = node.node.parent ?? node;
+        const isJump = view.state.sliceDoc(line, line + 5) === "jump ";
         const words = firstWords.get(view.state.sliceDoc(node.from, node.to));
-        const attributes = words ? { "data-words": `“${words}”`, title: `“${words}”` } : undefined;
-        builder.add(node.from, node.to, Decoration.mark({ class: "cm-reference", ...(attributes && { attributes }) }));
+        const attributes = {
+          ...(words && { title: `“${words}”` }),
+          ...(words && isJump && { "data-words": `“${words}”` }),
+        };
+        builder.add(node.from, node.to, Decoration.mark({ class: "cm-reference", attributes }));
         return false;
       },
     });

@@ -129,7 +129,7 @@ export class MapView {
   private begin(): void {
     const { height } = this.picture!.layout.size;
     const room = this.canvas.clientHeight - 2 * margin;
-    this.zoom = Math.max(0.75, Math.min(1, room / height));
+    this.zoom = Math.max(0.9, Math.min(1, room / height));
     const first = this.picture!.layout.boxes[0]!;
     this.left = margin;
     this.top = this.canvas.clientHeight / 2 - first.y * this.zoom;
