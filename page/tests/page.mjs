@@ -16,12 +16,15 @@ export const launch = (browser = "chrome") => puppeteer.launch({ browser, headle
 // Opens the page from the disk. `page.faults` collects what should never happen: errors in the page
 // and requests that leave it.
 export async function openPage(browser, { width = 1280, height = 800, dark = false } = {}) {
-  const page = await browser.newPage();
+  const page = await (await browser.createBrowserContext()).newPage();
   await page.setViewport({ width, height });
   if (dark) await page.emulateMediaFeatures([{ name: "prefers-color-scheme", value: "dark" }]);
   page.faults = [];
   page.on("pageerror", (error) => page.faults.push(`error: ${error.message}`));
-  page.on("request", ({ url }) => /^(file|blob|data):/.test(url()) || page.faults.push(`request: ${url()}`));
+  page.on(
+    "request",
+    (request) => /^(file|blob|data):/.test(request.url()) || page.faults.push(`request: ${request.url()}`),
+  );
   page.on("console", (message) => message.type() === "error" && page.faults.push(`console: ${message.text()}`));
   await page.goto(pathToFileURL(pageFile).href);
   await page.waitForSelector("#views button");

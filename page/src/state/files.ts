@@ -15,9 +15,13 @@ export const fromInput = (files: FileList): Picked[] =>
   [...files].map((file) => picked(file, file.webkitRelativePath || file.name));
 
 export async function fromDrop(transfer: DataTransfer): Promise<Picked[]> {
-  const entries = [...transfer.items].map((item) => item.webkitGetAsEntry()).filter((entry) => entry !== null);
+  // The items are gone once this function waits.
+  const items = [...transfer.items].map((item) => item.webkitGetAsEntry() ?? item.getAsFile());
   const found: Picked[] = [];
-  for (const entry of entries) await collect(entry, found);
+  for (const item of items) {
+    if (item instanceof File) found.push(picked(item, item.name));
+    else if (item) await collect(item, found);
+  }
   return found;
 }
 

@@ -48,7 +48,7 @@ export class Table<Row> {
         role: "grid",
         tabIndex: 0,
         ariaLabel: label,
-        on: { keydown: (event) => this.press(event), focus: () => this.draw() },
+        on: { keydown: (event) => this.press(event) },
       },
       element(
         "div",
@@ -60,6 +60,7 @@ export class Table<Row> {
     this.element.setAttribute("aria-colcount", String(columns.length));
     this.element.style.setProperty("--columns", columns.map((column) => column.width).join(" "));
     this.element.style.setProperty("--row-height", `${options.rowHeight}px`);
+    this.body.addEventListener("click", (event) => this.click(event));
     this.scroller.addEventListener("scroll", () => this.draw());
     new ResizeObserver(() => this.draw()).observe(this.scroller);
   }
@@ -137,7 +138,7 @@ export class Table<Row> {
 
   private row(index: number): HTMLElement {
     const row = this.rows[index]!;
-    const { columns, rowHeight, open, isMarked } = this.options;
+    const { columns, rowHeight, isMarked } = this.options;
     const cells = columns.map((column) => {
       const content = column.cell(row);
       const cell = element("div", { role: "gridcell", className: column.className ?? "" }, content);
@@ -149,12 +150,17 @@ export class Table<Row> {
     made.classList.toggle("is-active", index === this.active);
     made.classList.toggle("is-marked", isMarked?.(row) ?? false);
     made.style.top = `${index * rowHeight}px`;
-    made.addEventListener("click", () => {
-      this.active = index;
-      this.draw();
-      open?.(row);
-    });
     return made;
+  }
+
+  // Rows may be drawn anew while the button is held, so that the place counts and not the element.
+  private click(event: MouseEvent): void {
+    const index = Math.floor((event.clientY - this.body.getBoundingClientRect().top) / this.options.rowHeight);
+    const row = this.rows[index];
+    if (!row) return;
+    this.active = index;
+    this.draw();
+    this.options.open?.(row);
   }
 
   private press(event: KeyboardEvent): void {
