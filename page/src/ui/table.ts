@@ -24,7 +24,7 @@ let tables = 0;
 
 export class Table<Row> {
   readonly element: HTMLElement;
-  private readonly scroller: HTMLElement;
+  private readonly heading: HTMLElement;
   private readonly body: HTMLElement;
   private readonly heads: HTMLElement[];
   private readonly id = `table-${++tables}`;
@@ -39,8 +39,8 @@ export class Table<Row> {
     this.heads = columns.map((column) => this.head(column));
     const head = element("div", { className: "table-row table-head", role: "row" }, ...this.heads);
     head.setAttribute("aria-rowindex", "1");
+    this.heading = element("div", { role: "rowgroup", className: "table-heads" }, head);
     this.body = element("div", { className: "table-body", role: "rowgroup" });
-    this.scroller = element("div", { className: "table-scroller", role: "presentation" }, this.body);
     this.element = element(
       "div",
       {
@@ -48,21 +48,16 @@ export class Table<Row> {
         role: "grid",
         tabIndex: 0,
         ariaLabel: label,
-        on: { keydown: (event) => this.press(event) },
+        on: { keydown: (event) => this.press(event), scroll: () => this.draw() },
       },
-      element(
-        "div",
-        { className: "table-inside", role: "presentation" },
-        element("div", { role: "rowgroup", className: "table-heads" }, head),
-        this.scroller,
-      ),
+      this.heading,
+      this.body,
     );
     this.element.setAttribute("aria-colcount", String(columns.length));
     this.element.style.setProperty("--columns", columns.map((column) => column.width).join(" "));
     this.element.style.setProperty("--row-height", `${options.rowHeight}px`);
     this.body.addEventListener("click", (event) => this.click(event));
-    this.scroller.addEventListener("scroll", () => this.draw());
-    new ResizeObserver(() => this.draw()).observe(this.scroller);
+    new ResizeObserver(() => this.draw()).observe(this.element);
   }
 
   show(rows: readonly Row[]): void {
@@ -117,11 +112,9 @@ export class Table<Row> {
 
   private draw(): void {
     const { rowHeight, empty } = this.options;
-    const first = Math.max(0, Math.floor(this.scroller.scrollTop / rowHeight) - 4);
-    const last = Math.min(
-      this.rows.length,
-      Math.ceil((this.scroller.scrollTop + this.scroller.clientHeight) / rowHeight) + 4,
-    );
+    const { scrollTop } = this.element;
+    const first = Math.max(0, Math.floor(scrollTop / rowHeight) - 4);
+    const last = Math.min(this.rows.length, Math.ceil((scrollTop + this.room) / rowHeight) + 4);
     const drawn: HTMLElement[] = [];
     for (let index = first; index < last; ++index) drawn.push(this.row(index));
     if (this.rows.length === 0 && empty) drawn.push(element("p", { className: "table-empty", textContent: empty }));
@@ -130,6 +123,11 @@ export class Table<Row> {
     const isActiveDrawn = this.active >= first && this.active < last;
     if (isActiveDrawn) this.element.setAttribute("aria-activedescendant", this.rowId(this.active));
     else this.element.removeAttribute("aria-activedescendant");
+  }
+
+  // The height in which rows are seen.
+  private get room(): number {
+    return this.element.clientHeight - this.heading.offsetHeight;
   }
 
   private rowId(index: number): string {
@@ -165,7 +163,7 @@ export class Table<Row> {
 
   private press(event: KeyboardEvent): void {
     if (event.target !== this.element || event.altKey || event.ctrlKey || event.metaKey) return;
-    const page = Math.max(1, Math.floor(this.scroller.clientHeight / this.options.rowHeight) - 1);
+    const page = Math.max(1, Math.floor(this.room / this.options.rowHeight) - 1);
     const steps: Readonly<Record<string, number>> = {
       ArrowDown: 1,
       ArrowUp: -1,
@@ -186,10 +184,10 @@ export class Table<Row> {
     const { rowHeight } = this.options;
     this.active = Math.max(0, Math.min(this.rows.length - 1, index));
     const top = this.active * rowHeight;
-    const { scrollTop, clientHeight } = this.scroller;
-    if (top < scrollTop || top + rowHeight > scrollTop + clientHeight) {
-      const isAbove = top < scrollTop;
-      this.scroller.scrollTop = inMiddle ? top - clientHeight / 2 : isAbove ? top : top + rowHeight - clientHeight;
+    const { scrollTop } = this.element;
+    const isAbove = top < scrollTop;
+    if (isAbove || top + rowHeight > scrollTop + this.room) {
+      this.element.scrollTop = inMiddle ? top - this.room / 2 : isAbove ? top : top + rowHeight - this.room;
     }
     this.draw();
   }

@@ -75,7 +75,6 @@ function drawBox(drawn: DrawnCard, centre: Point, open: (card: Card) => void, le
     "data-card": card.id,
     tabindex: 0,
     role: "button",
-    "aria-label": describe(drawn),
     transform: `translate(${left.toFixed(1)} ${top.toFixed(1)})`,
   });
   box.append(svg("rect", { width, height, rx: 8, class: "card-box" }));
@@ -83,7 +82,7 @@ function drawBox(drawn: DrawnCard, centre: Point, open: (card: Card) => void, le
     const edge = height > headHeight ? `H0` : `a8,8 0 0 1 -8,8H8a8,8 0 0 1 -8,-8`;
     const side = height > headHeight ? `V${headHeight}` : `V${headHeight - 8}`;
     box.append(svg("path", { d: `M0,8a8,8 0 0 1 8,-8H${width - 8}a8,8 0 0 1 8,8${side}${edge}Z`, class: "card-head" }));
-    box.append(svg("text", { x: padding, y: 19, class: "keywords" }, head));
+    box.append(svg("text", { x: padding, y: 19, class: "keywords" }, `${head} `));
   }
   const from = (head !== "" ? headHeight : 0) + padding * 0.75;
   lines.forEach((line, index) => box.append(drawLine(line, from + index * lineHeight + 12.5, lead)));
@@ -111,6 +110,3 @@ function drawLine(line: Line, y: number, lead: (card: Card) => void): SVGTextEle
   }
   return text;
 }
-
-const describe = ({ head, lines }: DrawnCard) =>
-  [head && `On ${head}:`, ...lines.map((line) => line.text)].filter(Boolean).join(" ");
