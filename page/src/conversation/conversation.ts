@@ -125,7 +125,7 @@ class Builder {
     else if (name === "jump") this.jump(statement);
     else if (name === "bye" || name === "end") this.finish(statement);
     else if (name === "else") this.walk(statement.block);
-    else if (!silent.has(name)) this.say(statement, "action", `${name} ${readable(statement.operands)}`.trim());
+    else if (!silent.has(name)) this.say(statement, "action", `${name} ${this.words(statement.operands)}`.trim());
   }
 
   private reachLabels(statement: Statement): void {
@@ -161,15 +161,23 @@ class Builder {
   }
 
   private tableText(statement: Statement): string {
-    const label = this.outline.references.find((reference) => reference.statement === statement);
-    const first = label && this.outline.labels.get(label.name)?.statement?.text;
+    const [label] = /\w+_\w+/.exec(statement.operands) ?? [""];
+    const first = this.outline.labels.get(label)?.statement?.text;
     return first ? `one of “${first}” …` : "a text of a table";
+  }
+
+  // Operands with the first words of a table in the place of its label.
+  private words(operands: string): string {
+    return readable(operands).replace(/\b[A-Za-z_]\w*/g, (name) => {
+      const label = this.outline.labels.get(name);
+      return label ? (label.statement?.text ? `“${label.statement.text} …”` : "table") : name;
+    });
   }
 
   private branch(condition: Statement, otherwise: Statement | null): void {
     this.gather(condition);
     const before = this.takeExits();
-    const test = readable(condition.operands);
+    const test = this.words(condition.operands);
     const after: Exit[] = [];
     this.exits = under(before, test);
     this.walk(condition.block);

@@ -15,7 +15,7 @@ function graphOf({ boxes, links, labelSize }: Requests["layOut"]["input"]): Grap
   return {
     graphAttributes: { rankdir: "LR", nodesep: 0.25, ranksep: 0.7, splines: "spline" },
     nodeAttributes: { shape: "box", fixedsize: true, label: "" },
-    edgeAttributes: { fontsize: labelSize, fontname: "Courier", arrowhead: "none" },
+    edgeAttributes: { fontsize: labelSize, fontname: "Courier", arrowhead: "none", tailport: "e", headport: "w" },
     nodes: boxes.map((box, index) => ({
       name: String(index),
       attributes: { width: box.width / pointsInInch, height: box.height / pointsInInch },

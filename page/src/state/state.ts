@@ -62,6 +62,7 @@ export interface State {
   readonly scripts: readonly Script[];
   readonly game: Game;
   readonly options: ReadonlySet<ListOption>;
+  readonly showsBytes: boolean; // beside the listing
   readonly place: Place | null; // what is open and where
   readonly view: View;
   readonly shown: Shown | null;
@@ -78,6 +79,7 @@ export const initialState = (game: Game): State => ({
   scripts: [],
   game,
   options: new Set(),
+  showsBytes: false,
   place: null,
   view: "scripts",
   shown: null,
@@ -114,6 +116,7 @@ export type Message =
   | { is: "scriptsChanged"; changes: ReadonlyMap<number, ScriptChange> }
   | { is: "gameChosen"; game: Game }
   | { is: "optionsChosen"; options: ReadonlySet<ListOption> }
+  | { is: "bytesShown"; showsBytes: boolean }
   | { is: "viewChosen"; view: View }
   | { is: "wentTo"; place: Place; leftAt?: number } // the line that was left
   | { is: "wentBack" }
@@ -144,6 +147,8 @@ export function update(state: State, message: Message): State {
       return { ...state, game: message.game };
     case "optionsChosen":
       return { ...state, options: message.options };
+    case "bytesShown":
+      return { ...state, showsBytes: message.showsBytes };
     case "viewChosen":
       return { ...state, view: message.view };
     case "wentTo": {

@@ -53,6 +53,11 @@ export class Workbench {
     this.notice(`${scripts.length} ${scripts.length === 1 ? "script" : "scripts"} to compare with`);
   }
 
+  // Lists some scripts for nobody, so that the first one of the user finds all workers awake.
+  warmUp(scripts: readonly { bytes: Bytes; game: Game }[]): void {
+    for (const script of scripts) void this.library.ask("summarise", script).catch(() => {});
+  }
+
   close(id: number): void {
     this.store.send({ is: "closed", id });
   }

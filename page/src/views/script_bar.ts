@@ -1,13 +1,13 @@
 // The line above the open script: which it is, the way back, and what can be done with it.
 import { gameNames, type ListOption } from "../script/script";
-import { gameOf, isChanged, openScript, type Script, type State } from "../state/state";
+import { gameOf, hasUnsaved, isChanged, openScript, type Script, type State } from "../state/state";
 import type { Editing } from "../state/editing";
 import type { Workbench } from "../state/workbench";
 import { button, element } from "../ui/dom";
 import { download, withExtension } from "../ui/download";
 
 const switches: readonly (readonly [ListOption, string, string])[] = [
-  ["dump", "Bytes", "Show the bytes before each line"],
+  ["dump", "Dump", "Show the bytes before each line"],
   ["textLabel", "Text labels", "Show the labels of the text table in place of the texts"],
   ["verbosityParenthesis", "All parentheses", "Put every operation of two operands in parentheses"],
   ["noInt16ToText", "Keep number tables", "Keep a table of numbers where its rest looks like texts"],
@@ -39,6 +39,12 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     });
     return { option, box, line: element("label", { title: hint }, box, label) };
   });
+  const beside = element("input", {
+    type: "checkbox",
+    id: "option-beside",
+    on: { change: () => store.send({ is: "bytesShown", showsBytes: beside.checked }) },
+  });
+  const besideLine = element("label", { title: "Show the first bytes of each line beside it" }, beside, "Bytes beside");
   const optionNote = element("p", {
     className: "quiet",
     textContent: "Rebuild or discard your changes to switch these.",
@@ -47,6 +53,7 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
   const panel = element(
     "div",
     { className: "menu options", popover: "auto", id: "options-panel" },
+    besideLine,
     ...boxes.map((box) => box.line),
     optionNote,
   );
@@ -92,6 +99,12 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     title: "Make a script of the listing",
   });
   const save = button("Download script", () => editing.downloadScript(), { id: "download" });
+  const close = button("Close", () => closeScript(), { id: "close", title: "Close this script" });
+  const closeScript = () => {
+    const script = openScript(store.state);
+    if (!script) return;
+    if (!hasUnsaved(script) || confirm("Close this script and lose its changes?")) workbench.close(script.id);
+  };
   const files = element("span", { className: "group" }, saveListing, saveTable);
   place.append(
     element("span", { className: "group" }, back, forward),
@@ -105,6 +118,7 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     discard,
     build,
     save,
+    close,
   );
 
   document.addEventListener("keydown", (event) => {

@@ -68,6 +68,7 @@ export function drawWelcome(place: HTMLElement, workbench: Workbench): void {
   const draw = () => (place.hidden = store.state.scripts.length > 0);
   store.listen(draw);
   draw();
+  workbench.warmUp(examples.map(({ bytes, game }) => ({ bytes, game })));
 }
 
 function card({ path, title, about, game, bytes }: Example, workbench: Workbench): HTMLElement {

@@ -55,7 +55,10 @@ function firstWordsOf(outline: Outline): Map<string, string> {
 }
 
 function shorten(text: string): string {
-  const line = shown(text).replace(/\s+/g, " ").trim();
+  const line = shown(text)
+    .replace(/\s+/g, " ")
+    .trim()
+    .replace(/^"(.*?)"?$/, "$1");
   return line.length > 48 ? `${line.slice(0, 46).trimEnd()}…` : line;
 }
 

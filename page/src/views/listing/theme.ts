@@ -47,7 +47,8 @@ const look = EditorView.theme({
     borderRadius: "6px",
   },
   ".cm-offsets": { minWidth: "5em", textAlign: "right" },
-  ".cm-offsets .cm-gutterElement": { padding: "0 8px 0 4px" },
+  ".cm-offsets .cm-gutterElement, .cm-bytes .cm-gutterElement": { padding: "0 8px 0 4px" },
+  ".cm-bytes": { minWidth: "16.5em" },
 });
 
 export const listingTheme = [look, syntaxHighlighting(colours)];

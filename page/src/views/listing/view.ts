@@ -8,8 +8,6 @@ import {
   Decoration,
   drawSelection,
   EditorView,
-  gutter,
-  GutterMarker,
   highlightActiveLine,
   highlightActiveLineGutter,
   keymap,
@@ -21,6 +19,7 @@ import { openScript, type Shown, type State } from "../../state/state";
 import type { Editing } from "../../state/editing";
 import type { Workbench } from "../../state/workbench";
 import { whenQuiet } from "../../ui/dom";
+import { bytesGutters, setOffsets } from "./gutters";
 import { letters } from "./letters";
 import { listingSupport } from "./language";
 import { definitionOf, links, setOutline } from "./links";
@@ -28,40 +27,6 @@ import { listingTheme } from "./theme";
 
 // How long typing rests before the listing is read again, in milliseconds.
 const readAfter = 250;
-
-class OffsetMarker extends GutterMarker {
-  constructor(private readonly offset: string) {
-    super();
-  }
-  override eq(other: OffsetMarker): boolean {
-    return other.offset === this.offset;
-  }
-  override toDOM(): Node {
-    return document.createTextNode(this.offset);
-  }
-}
-
-// The offsets hold for the listing as it was made; they go when lines change.
-const setOffsets = StateEffect.define<Int32Array>();
-const offsetField = StateField.define<Int32Array | null>({
-  create: () => null,
-  update(value, transaction) {
-    for (const effect of transaction.effects) if (effect.is(setOffsets)) return effect.value;
-    return value && transaction.docChanged && transaction.newDoc.lines !== transaction.startState.doc.lines
-      ? null
-      : value;
-  },
-});
-
-const offsetGutter = gutter({
-  class: "cm-offsets",
-  lineMarker(view, block) {
-    const offsets = view.state.field(offsetField);
-    const offset = offsets?.[view.state.doc.lineAt(block.from).number - 1] ?? -1;
-    return offset < 0 ? null : new OffsetMarker(offset.toString(16).toUpperCase().padStart(4, "0"));
-  },
-  lineMarkerChange: (update) => update.startState.field(offsetField) !== update.state.field(offsetField),
-});
 
 // The line that was gone to lights up.
 const setArrival = StateEffect.define<number>();
@@ -130,8 +95,7 @@ export class ListingView {
       extensions: [
         EditorView.cspNonce.of(document.body.dataset.nonce ?? ""),
         lineNumbers(),
-        offsetField,
-        offsetGutter,
+        bytesGutters,
         lintGutter(),
         listingSupport,
         history(),
@@ -180,6 +144,7 @@ export class ListingView {
     if (!isVisible) return;
     if (state.shown !== this.shown) this.drawListing(state);
     else this.drawDraft(state);
+    this.parent.classList.toggle("shows-bytes", state.showsBytes);
     if (state.faults !== this.faults) this.drawFaults(state);
     if (state.place !== this.place && this.shown && this.shown.id === state.place?.id) {
       this.place = state.place;
@@ -201,7 +166,7 @@ export class ListingView {
     this.knownDoc = this.view.state.doc;
     if (!this.shown) return;
     const effects: StateEffect<unknown>[] = [setOutline.of(draft ? readOutline(draft.listing) : this.shown.outline)];
-    if (!draft) effects.push(setOffsets.of(this.shown.offsets));
+    if (!draft) effects.push(setOffsets.of({ offsets: this.shown.offsets, bytes: this.shown.bytes }));
     this.view.dispatch({ effects });
   }
 
