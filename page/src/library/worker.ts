@@ -28,7 +28,7 @@ function withLibrary<T>(use: (library: Library) => T): T {
   } catch (fault) {
     library = null;
     // Memory or stack: what a script nests takes stack, of which a page has less than a program.
-    throw new Error("This takes more memory than a page has.", { cause: fault });
+    throw new Error("This script needs more memory, or is nested deeper, than a page can take.", { cause: fault });
   }
 }
 
@@ -81,15 +81,13 @@ function sameBytes(one: Listed, other: Listed): boolean {
 }
 
 function list({ bytes, game, options }: Requests["list"]["input"]): ListedWithDump {
-  return withLibrary((library) => {
-    const chosen = new Set(options);
-    const listed = library.list(bytes, game, chosen);
-    if (listed.listing.length > longestListing) throw new Error("Its listing is too long for a page.");
-    const withDump = chosen.has("dump")
-      ? listed.listing
-      : library.list(bytes, game, new Set([...chosen, "dump" as const])).listing;
+  const both = withLibrary((library) => {
+    const listed = library.list(bytes, game, new Set(options));
+    const withDump = library.list(bytes, game, new Set([...options, "dump"])).listing;
     return { ...listed, withDump };
   });
+  if (both.listing.length > longestListing) throw new Error("The listing of this script is too long for a page.");
+  return both;
 }
 
 answerRequests<Requests, WebAssembly.Module>((start) => (module = start), {

@@ -10,17 +10,29 @@ import { download, nameOf } from "../ui/download";
 import { gameOf, hasChange, openScript, type Draft, type Fault, type Script } from "./state";
 import type { Workbench } from "./workbench";
 
+// A text that was changed in the table, and how its script was before.
+interface TextChange {
+  readonly id: number;
+  readonly before: Pick<Script, "draft" | "summary">;
+  readonly draft: Draft;
+}
+
 export class Editing {
   private readonly readDrafts = new WeakSet<Draft>(); // whose texts are in the table
+  private readonly textChanges: TextChange[] = []; // the last one last
 
   constructor(private readonly workbench: Workbench) {}
 
   // Takes a listing as it was typed.
   draft(id: number, listing: string): void {
     const { shown, options } = this.workbench.store.state;
-    if (shown?.id !== id) return;
-    const isAsListed = listing === shown.listing;
-    this.workbench.change(id, { draft: isAsListed ? null : { listing, table: shown.table, options: [...options] } });
+    const draft = this.workbench.script(id)?.draft;
+    const isAsListed = shown?.id === id && listing === shown.listing;
+    if (isAsListed) this.workbench.change(id, { draft: null });
+    else if (draft) this.workbench.change(id, { draft: { ...draft, listing } });
+    else if (shown?.id === id) {
+      this.workbench.change(id, { draft: { listing, table: shown.table, options: [...options] } });
+    }
     if (isAsListed) this.refuse([]);
   }
 
@@ -30,7 +42,7 @@ export class Editing {
     if (!script) return;
     this.workbench.change(id, { draft: null, bytes: script.opened, isSaved: false });
     this.refuse([]);
-    this.workbench.resummarise([this.workbench.script(id)!]);
+    this.workbench.summaries.renew([this.workbench.script(id)!]);
     if (openScript(this.workbench.store.state)?.id === id) void this.workbench.relist();
   }
 
@@ -44,10 +56,24 @@ export class Editing {
       const listing = rows && withText(draft.listing, outline, index, text);
       if (listing === null) return this.workbench.notice("The listing has changed; change this text there.");
       const summary = { ...script.summary, texts: rows!.map((row, at) => (at === index ? { ...row, text } : row)) };
-      this.workbench.change(id, { draft: { ...draft, listing }, summary });
+      const changed = { ...draft, listing };
+      this.textChanges.push({ id, before: { draft: script.draft, summary: script.summary }, draft: changed });
+      this.workbench.change(id, { draft: changed, summary });
     } catch (fault) {
       this.workbench.notice((fault as Error).message);
     }
+  }
+
+  // The last change of a text can be undone while nothing else changed its script.
+  get canUndoText(): boolean {
+    const last = this.textChanges.at(-1);
+    return last !== undefined && this.workbench.script(last.id)?.draft === last.draft;
+  }
+
+  undoText(): void {
+    if (!this.canUndoText) return;
+    const { id, before } = this.textChanges.pop()!;
+    this.workbench.change(id, before);
   }
 
   // Brings the texts of listings that were changed into the table.
@@ -136,7 +162,7 @@ export class Editing {
     this.refuse([]);
     const result = isAsOpened ? "Rebuilt: the same bytes as opened." : `Rebuilt: ${bytes.length} bytes.`;
     this.workbench.notice([result, ...warnings.map(({ text }) => `Warning: ${text}`)].join(" "));
-    this.workbench.summarise([this.workbench.script(script.id)!]);
+    this.workbench.summaries.ask([this.workbench.script(script.id)!]);
     if (openScript(this.workbench.store.state)?.id === script.id) void this.workbench.relist();
   }
 

@@ -4,29 +4,27 @@ import { offsetsOf } from "../listing/offsets";
 import { readOutline } from "../listing/outline";
 import { Stopped, type Workers } from "../remote/workers";
 import { decode } from "../script/encoding";
-import type { Bytes, Game, ListOption, Summary } from "../script/script";
+import type { Bytes, Game, ListOption } from "../script/script";
 import type { Picked } from "./files";
 import { gameOf, openScript, type Place, type Script, type ScriptChange, type View } from "./state";
 import type { Store } from "./store";
+import { Summaries } from "./summaries";
 
 // Files longer than this are no conversations.
 const mostBytes = 64 * 1024 * 1024;
 
-// So many milliseconds pass between two looks at what was listed.
-const drawInterval = 120;
-
 export class Workbench {
   private nextId = 1;
-  private waiting = 0;
-  private finished = 0;
-  private results = new Map<number, ScriptChange>();
-  private drawTimer = 0;
   private listRun = 0;
+  private stops = 0;
+  readonly summaries: Summaries;
 
   constructor(
     readonly store: Store,
     readonly library: Workers<LibraryRequests>,
-  ) {}
+  ) {
+    this.summaries = new Summaries(store, library);
+  }
 
   // Opens scripts; one alone is shown at once.
   async open(files: readonly Picked[], ownGame: Game | null = null): Promise<void> {
@@ -36,14 +34,15 @@ export class Workbench {
       if (!script) return;
       this.store.send({ is: "opened", scripts: [script] });
       this.show({ id: script.id, view: "listing" });
-      this.summarise([script]);
+      this.summaries.ask([script]);
       return;
     }
     this.setView("scripts");
+    const { stops } = this;
     for (let from = 0; from < known.length; from += 64) {
       const scripts = await this.read(known.slice(from, from + 64), ownGame);
       this.store.send({ is: "opened", scripts });
-      this.summarise(scripts);
+      if (stops === this.stops) this.summaries.ask(scripts);
     }
   }
 
@@ -63,24 +62,25 @@ export class Workbench {
   }
 
   stop(): void {
+    ++this.stops;
     this.library.stop();
   }
 
   // Lists what was left when the listing of many scripts was stopped.
   resume(): void {
-    this.summarise(this.store.state.scripts.filter((script) => script.summary === null));
+    this.summaries.ask(this.store.state.scripts.filter((script) => script.summary === null));
   }
 
   chooseGame(game: Game): void {
     this.store.send({ is: "gameChosen", game });
-    this.resummarise(this.store.state.scripts.filter((script) => script.ownGame === null));
+    this.summaries.renew(this.store.state.scripts.filter((script) => script.ownGame === null));
     this.relist();
   }
 
   // Reads one script as another game's than the rest.
   chooseOwnGame(id: number, game: Game): void {
     this.change(id, { ownGame: game });
-    this.resummarise(this.store.state.scripts.filter((script) => script.id === id));
+    this.summaries.renew(this.store.state.scripts.filter((script) => script.id === id));
     this.relist();
   }
 
@@ -145,48 +145,6 @@ export class Workbench {
     return scripts;
   }
 
-  resummarise(scripts: readonly Script[]): void {
-    this.store.send({
-      is: "scriptsChanged",
-      changes: new Map(scripts.map((script) => [script.id, { summary: null }])),
-    });
-    this.summarise(scripts);
-  }
-
-  summarise(scripts: readonly Script[]): void {
-    this.waiting += scripts.length;
-    for (const script of scripts) {
-      const game = gameOf(this.store.state, script);
-      this.library
-        .ask("summarise", { bytes: script.bytes, game })
-        .catch((fault: Error) => (fault instanceof Stopped ? null : failedSummary(fault.message)))
-        .then((summary) => this.finish(script, game, summary));
-    }
-    this.drawSoon();
-  }
-
-  private finish(script: Script, game: Game, summary: Summary | null): void {
-    ++this.finished;
-    const now = this.script(script.id);
-    const isStillAsked = now?.bytes === script.bytes && gameOf(this.store.state, now) === game;
-    if (summary && isStillAsked) this.results.set(script.id, { summary });
-    this.drawSoon();
-  }
-
-  private drawSoon(): void {
-    if (this.drawTimer !== 0) return;
-    this.drawTimer = window.setTimeout(() => {
-      this.drawTimer = 0;
-      const changes = this.results;
-      this.results = new Map();
-      const isDone = this.finished === this.waiting;
-      const progress = isDone ? null : { done: this.finished, all: this.waiting };
-      if (isDone) this.finished = this.waiting = 0;
-      if (changes.size > 0) this.store.send({ is: "scriptsChanged", changes });
-      this.store.send({ is: "progressed", progress });
-    }, drawInterval);
-  }
-
   // Makes the listing of the open script anew.
   async relist(): Promise<void> {
     const script = openScript(this.store.state);
@@ -211,16 +169,6 @@ export class Workbench {
 }
 
 const nameStartsWithDot = (path: string) => /(^|\/)\.[^/]*$/.test(path);
-
-const failedSummary = (message: string): Summary => ({
-  status: "failed",
-  speakerId: null,
-  speakerName: "",
-  texts: [],
-  messages: `ERROR: ${message}\n`,
-  listedBy: [],
-  alike: [],
-});
 
 const failedListing = ({ id, bytes }: Script, message: string) => ({
   id,

@@ -11,9 +11,9 @@ import { gameOf, hasUnsaved, openScript, sideScript, type Script, type Side, typ
 import type { Workbench } from "../../state/workbench";
 import { element } from "../../ui/dom";
 import { Table } from "../../ui/table";
-import { letters } from "../listing/letters";
-import { listingSupport } from "../listing/language";
-import { listingTheme } from "../listing/theme";
+import { letters } from "../../editor/letters";
+import { listingSupport } from "../../editor/language";
+import { listingTheme } from "../../editor/theme";
 import { matchOf, pairsOf, type Pair } from "./pairs";
 
 const keyOf = ({ is, id }: Side) => `${is} ${id}`;

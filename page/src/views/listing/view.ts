@@ -14,16 +14,16 @@ import {
   lineNumbers,
   type DecorationSet,
 } from "@codemirror/view";
+import { listingSupport } from "../../editor/language";
+import { letters } from "../../editor/letters";
+import { listingTheme } from "../../editor/theme";
 import { readOutline } from "../../listing/outline";
-import { openScript, type Shown, type State } from "../../state/state";
 import type { Editing } from "../../state/editing";
+import { openScript, type Shown, type State } from "../../state/state";
 import type { Workbench } from "../../state/workbench";
 import { whenQuiet } from "../../ui/dom";
 import { bytesGutters, setOffsets } from "./gutters";
-import { letters } from "./letters";
-import { listingSupport } from "./language";
 import { definitionOf, links, setOutline } from "./links";
-import { listingTheme } from "./theme";
 
 // How long typing rests before the listing is read again, in milliseconds.
 const readAfter = 250;
@@ -69,12 +69,11 @@ export class ListingView {
 
   // Hands the state what was typed, now.
   readonly flush = (): void => {
-    const script = openScript(this.workbench.store.state);
     const { doc } = this.view.state;
-    if (!script || !this.shown || this.shown.id !== script.id || this.knownDoc === doc) return;
+    if (!this.shown || this.knownDoc === doc) return;
     this.knownDoc = doc;
     this.known = doc.toString();
-    this.editing.draft(script.id, this.known);
+    this.editing.draft(this.shown.id, this.known);
   };
 
   private readonly readSoon = whenQuiet(readAfter, () => {
@@ -154,10 +153,11 @@ export class ListingView {
   }
 
   private drawListing(state: State): void {
+    this.flush();
     const before = this.shown;
     this.shown = state.shown;
     this.faults = [];
-    const draft = openScript(state)?.draft;
+    const draft = this.shown && this.workbench.script(this.shown.id)?.draft;
     const listing = draft?.listing ?? this.shown?.listing ?? "";
     const isRebuilt = before !== null && before.id === this.shown?.id && before.bytes !== this.shown.bytes;
     if (isRebuilt) this.replace(listing);

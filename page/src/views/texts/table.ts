@@ -97,6 +97,13 @@ export function drawTexts(place: HTMLElement, workbench: Workbench, editing: Edi
     element("option", { value: "open", textContent: "the open script" }),
   );
   const count = element("span", { className: "count", role: "status" });
+  const undo = button("Undo", () => editing.undoText(), {
+    id: "texts-undo",
+    title: "Undo the last change of a text (Ctrl+Z)",
+  });
+  table.element.addEventListener("keydown", (event) => {
+    if (event.key === "z" && (event.ctrlKey || event.metaKey)) editing.undoText();
+  });
   const hint = element("span", { className: "quiet", textContent: "Enter: listing · F2: edit" });
 
   let entries: Entry[] = [];
@@ -141,6 +148,7 @@ export function drawTexts(place: HTMLElement, workbench: Workbench, editing: Edi
       count,
       hint,
       element("span", { className: "space" }),
+      undo,
       save("CSV", "text/csv;charset=utf-8", textsAsCsv),
       save("JSON", "application/json", textsAsJson),
     ),
@@ -156,6 +164,7 @@ export function drawTexts(place: HTMLElement, workbench: Workbench, editing: Edi
   store.listen((state, before) => {
     isStale ||= state.scripts !== before.scripts;
     if (state.view !== "texts") return;
+    undo.hidden = !editing.canUndoText;
     if (state.view !== before.view) editing.readTexts();
     if (isStale) collect();
     else if (state.place?.id !== before.place?.id) filter();

@@ -8,7 +8,7 @@ import {
   LRLanguage,
   syntaxTree,
 } from "@codemirror/language";
-import { parser } from "../../listing/listing.grammar";
+import { parser } from "../listing/listing.grammar";
 
 export const listingLanguage: Language = LRLanguage.define({ parser, languageData: { commentTokens: { line: ";" } } });
 

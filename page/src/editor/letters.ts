@@ -8,8 +8,8 @@ import {
   type EditorView,
   type ViewUpdate,
 } from "@codemirror/view";
-import { shownLetter } from "../../script/encoding";
-import { element } from "../../ui/dom";
+import { shownLetter } from "../script/encoding";
+import { element } from "../ui/dom";
 
 class Letter extends WidgetType {
   constructor(private readonly shown: string) {
