@@ -12,6 +12,7 @@
 #include "driver/passes.h"
 #include "phase1/check_jump_offset_1.h"
 #include "phase1/parse_conv_1.h"
+#include "phase2/check_jump_offset_2.h"
 #include "phase2/data_block.h"
 #include "phase2/parse_conv_2.h"
 #include "shapes.h"

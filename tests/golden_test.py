@@ -19,16 +19,16 @@ A FILE.case holds cases of one or more runs, each followed by what it hands out:
     ! a line of standard error; a source line is shown as "*", as is a node's identity behind "next="
     NAME| a line of the file NAME, which the run leaves
 
-Empty lines stay empty. Standard input is an empty pipe. A byte that is no printable ASCII is shown as \\x and two hex digits.
-A listing that begins with the usual lines, of npc id 7 and the first game, and ends as a whole one is
-shown without these.
+Empty lines stay empty; a byte that is no printable ASCII is shown as \x and two hex digits. A listing
+that begins with the usual lines, of npc id 7 and the first game, and ends as a whole one is shown
+without these. Standard input is an empty pipe.
 
 A FILE.hex is the source of the example FILE.scr; its first line with "varsul" is the command that
 lists it. FILE.lst is its listing, FILE.txt its text table.
 """
 import collections, difflib, os, pathlib, re, subprocess, sys, tempfile
 
-HEAD, END = b"; id: 07(7)\n    .option --kv\n\n", b"; END\n"
+HEAD, END = b"; id: 07(7)\n    .option --kv\n", b"; END\n"
 ENTRY = re.compile(r"^(===|\w+:)(.*\n(?: .*\n)*)((?:(?:!|[\w-]*\|).*\n|\n(?=[!|]))*)", re.M)
 Run = collections.namedtuple("Run", "name command status start end")  # the span of what it hands out
 

@@ -5,7 +5,7 @@ from golden_test import run_tool, runs_of
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 
-# Messages that no case can show, by reason.
+# Messages that no case can show, by reason; some only in one folder of the sources.
 UNSEEN = {
     "shown by the test with failing allocations": [
         "memory exhausted! (size=%zu)", "memory exhausted! (size=%d)", "memory exhausted! (strdup)",
@@ -21,7 +21,8 @@ UNSEEN = {
         "'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X",
         "'endanswer' not found: offset=%08X, code=%02X, type=%02X"],
     "phase 1 fails when what phase 2 looks for is cut off": [
-        "can't get sub block: offset=%08X", "assign without value: offset=%08X"],
+        "can't get sub block: offset=%08X", "assign without value: offset=%08X", "phase2: nesting too deep: offset=%08X",
+        "phase2: 'eval' not found: offset=%08X"],
 }
 
 # What opens a message in the sources and how it begins. Four severities show the source line, which is
@@ -56,7 +57,8 @@ def main(tool):
     for place, form, pattern in places():
         found += 1
         is_seen = any(map(pattern.fullmatch, messages))
-        if is_seen == (form in exceptions):
+        is_exception = form in exceptions or f"{place.split('/')[1]}: {form}" in exceptions
+        if is_seen == is_exception:
             faults.append(f"{place}: {form}: " + ("no exception any more" if is_seen else "no case"))
     print(found, "messages", *faults, sep="\n")
     return faults != [] or found < 80

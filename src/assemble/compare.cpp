@@ -40,8 +40,14 @@ line_kind kind_of(const assembly& from, const line_start& line) {
 }
 
 // An "enddata" may belong to a data block.
-bool may_be_data(const comparer& check, const line_start& line) {
-    return is_data(kind_of(check.from, line)) || check.script.buffer[line.offset] == OP_ENDDATA;
+bool may_be_data(const comparer& check, line_kind kind, std::uint32_t offset) {
+    return is_data(kind) || (kind == line_kind::statement && check.script.buffer[offset] == OP_ENDDATA);
+}
+
+// Whether an old and a new line are both data.
+bool are_data(const comparer& check, const line_start& line, const new_line& expected) {
+    return may_be_data(check, kind_of(check.from, line), line.offset) &&
+           may_be_data(check, expected.kind, expected.offset);
 }
 
 // Notes that a line differs. Among data lines it counts only as long as no code line does.
@@ -57,7 +63,7 @@ constexpr const char* other_form = "this data would be listed in another form";
 // A line whose bytes would belong to the one before it.
 void note_swallowed(comparer& check, const new_line& around) {
     const line_start& line = *check.line;
-    if (is_data(around.kind) && may_be_data(check, line)) return note(check, &line, true, other_form);
+    if (are_data(check, line, around)) return note(check, &line, true, other_form);
     const bool is_text = kind_of(check.from, line) == line_kind::text;
     note(check, &line, false,
          is_text ? "this text would become part of the text on line %u" : "this line would become part of line %u",
@@ -67,7 +73,7 @@ void note_swallowed(comparer& check, const new_line& around) {
 void compare_kinds(comparer& check, const new_line& expected) {
     const line_start& line = *check.line;
     if (kind_of(check.from, line) == expected.kind) return;
-    if (is_data(expected.kind) && may_be_data(check, line)) return note(check, &line, true, other_form);
+    if (are_data(check, line, expected)) return note(check, &line, true, other_form);
     note(check, &line, false,
          is_data(expected.kind) ? "this line would be read as data, as its offset is named as that of a data block"
                                 : "this data would be read as code: nothing before it names it as a data block");
@@ -87,13 +93,15 @@ void expect(comparer& check, const new_line& expected) {
         note(check, check.line, false,
              "this line would not be listed: a data block begins at the line that governs it");
     }
-    if (!check.has_line_below(expected.offset + 1)) {
+    if (check.has_line_below(expected.offset + 1)) {
+        compare_kinds(check, expected);
+        ++check.line;
+    } else {
         const line_start* const before = check.line - 1;
-        const bool is_among_data = is_data(expected.kind) && may_be_data(check, *before);
-        return note(check, before, is_among_data, is_among_data ? other_form : "this line would be listed as two");
+        const bool is_among_data = are_data(check, *before, expected);
+        note(check, before, is_among_data, is_among_data ? other_form : "this line would be listed as two");
     }
-    compare_kinds(check, expected);
-    for (++check.line; check.has_line_below(expected.end); ++check.line) {
+    for (; check.has_line_below(expected.end); ++check.line) {
         if (!goes_on_properly(check, expected)) note_swallowed(check, expected);
     }
 }

@@ -133,10 +133,12 @@ void check_dumped_overlaps(assembly& to) {
 
 void lay_out(assembly& to) {
     sort_dumps(to);
+    if (!to.faults.has_errors) {
+        check_overlap(to);
+        check_dumped_overlaps(to);
+        if (to.faults.has_errors) return;  // what follows would only be its consequence
+    }
     place_uses(to);
-    if (to.faults.has_errors) return;
-    check_overlap(to);
-    check_dumped_overlaps(to);
 }
 
 void report_stale_names(assembly& to) {

@@ -14,34 +14,9 @@ enum class operand_kind : std::uint8_t { value, reference };
 struct expression {
     reader& read;
     operand_kind kind;
-    const std::uint8_t* start;   // of the operand in the listing
     std::uint8_t item_code = 0;  // of a reference or call that is the last item
     std::uint8_t item_root = 0;  // of an operation in parentheses that is the last item
 };
-
-// The rest of a cut expression is missing, and what goes wrong at its end is only the consequence.
-bool is_cut(const expression& expr, const std::uint8_t* place) {
-    constexpr std::size_t longest_name = code_name::max_size + listed_label_size;
-    return static_cast<std::size_t>(place - expr.start) + longest_name >= max_expression;
-}
-failure report_cut(const expression& expr) {
-    return fault_at(expr.read, expr.start + max_expression,
-                    "this expression was cut at %zu characters when it was listed: its end must be written here",
-                    max_expression);
-}
-
-// Whether the listing was cut in this expression, which goes wrong at `place`.
-bool stops_at_cut(const expression& expr, const std::uint8_t* place) {
-    if (!is_cut(expr, place)) return false;
-    for (std::size_t i = 0; i < max_expression; ++i) {
-        if (expr.start[i] == '\n') return false;
-    }
-    const std::uint8_t behind = expr.start[max_expression];
-    return behind == '\n' || behind == '\r' || behind == ',' || behind == ' ';
-}
-
-#define EXPRESSION_FAULT(expr, place, ...) \
-    (stops_at_cut(expr, place) ? report_cut(expr) : fault_at((expr).read, place, __VA_ARGS__))
 
 result open(expression& expr, const open_part& part) {
     return expr.read.parts.push_back(part) ? result::ok : exhaust(expr.read);
@@ -81,8 +56,8 @@ result read_raw_number(expression& expr) {
     std::uint8_t number = 0;
     if (failed(read_byte(read, number))) return result::failed;
     if (code_info[number].item_type != BYTE) {
-        return EXPRESSION_FAULT(expr, start, "the byte %d would be read as '%s' here; perhaps 'byte %d' is meant",
-                                number, name_of(number), number);
+        return fault_at(expr.read, start, "the byte %d would be read as '%s' here; perhaps 'byte %d' is meant", number,
+                        name_of(number), number);
     }
     put_byte(read.to, number);
     return result::ok;
@@ -100,15 +75,15 @@ bool is_misread_as_number(const expression& expr, std::uint8_t number) {
 result read_variable(expression& expr, std::uint8_t code) {
     reader& read = expr.read;
     std::uint8_t number = 0;
-    if (!take(read, '[')) return EXPRESSION_FAULT(expr, read.at, "'[' and the variable's number must stand here");
+    if (!take(read, '[')) return fault_at(expr.read, read.at, "'[' and the variable's number must stand here");
     skip_blanks(read);
     const std::uint8_t* const start = read.at;
     if (failed(read_byte(read, number))) return result::failed;
     if (is_misread_as_number(expr, number)) {
-        return EXPRESSION_FAULT(expr, start, "the number %d would be read as '%s' here: no variable can be named by it",
-                                number, name_of(number));
+        return fault_at(expr.read, start, "the number %d would be read as '%s' here: no variable can be named by it",
+                        number, name_of(number));
     }
-    if (!take(read, ']')) return EXPRESSION_FAULT(expr, read.at, "']' must stand behind the variable's number");
+    if (!take(read, ']')) return fault_at(expr.read, read.at, "']' must stand behind the variable's number");
     put_byte(read.to, number);
     put_byte(read.to, code);
     expr.item_code = code;
@@ -137,18 +112,18 @@ result read_literal(expression& expr, std::uint8_t code) {
 result begin_call(expression& expr, std::uint8_t code) {
     reader& read = expr.read;
     if (!take(read, '(')) {
-        return EXPRESSION_FAULT(expr, read.at, "'(' and the operands of '%s' must stand here", name_of(code));
+        return fault_at(expr.read, read.at, "'(' and the operands of '%s' must stand here", name_of(code));
     }
     return open(expr, {.kind = part_kind::call, .code = code, .position = position_of(read, read.at)});
 }
 
 result begin_eval(expression& expr, const std::uint8_t* start) {
     if (expr.kind == operand_kind::value) {
-        return EXPRESSION_FAULT(expr, start, "'eval' ends a value of the script: it can't stand inside of one");
+        return fault_at(expr.read, start, "'eval' ends a value of the script: it can't stand inside of one");
     }
     if (expr.read.to.implicit.eval) {
-        return EXPRESSION_FAULT(expr, start,
-                                "the option line --implicit-eval leaves no place for an 'eval' inside an expression");
+        return fault_at(expr.read, start,
+                        "the option line --implicit-eval leaves no place for an 'eval' inside an expression");
     }
     innermost_group(expr).has_eval = true;
     return open(expr, {.kind = part_kind::eval});
@@ -181,8 +156,8 @@ result read_word(expression& expr, bool& is_open) {
         put_byte(read.to, OP_INT32);
         return read_label_use(read);
     }
-    return EXPRESSION_FAULT(expr, start, "unknown function or kind of number: '%.*s'", shown_size(size),
-                            characters(start));
+    return fault_at(expr.read, start, "unknown function or kind of number: '%.*s'", shown_size(size),
+                    characters(start));
 }
 
 // An item, or the beginning of one.
@@ -200,7 +175,7 @@ result read_item(expression& expr, bool& is_open) {
         return open(expr, {.kind = part_kind::parenthesis, .position = position_of(read, read.at - 1)});
     }
     if (word_size(read.at) != 0) return read_word(expr, is_open);
-    return EXPRESSION_FAULT(expr, read.at, "an item of an expression is missing here");
+    return fault_at(expr.read, read.at, "an item of an expression is missing here");
 }
 
 bool is_ambiguous_eval(const open_part& group) {
@@ -208,10 +183,9 @@ bool is_ambiguous_eval(const open_part& group) {
 }
 
 result report_ambiguity(expression& expr, const std::uint8_t* place) {
-    return EXPRESSION_FAULT(
-        expr, place,
-        "this can be read in two ways: list with --verbosity-parenthesis, or put parentheses around one "
-        "of the operations");
+    return fault_at(expr.read, place,
+                    "this can be read in two ways: list with --verbosity-parenthesis, or put parentheses around one "
+                    "of the operations");
 }
 
 // Closes the operations to the left that an operator at `place` does not leave open.
@@ -227,8 +201,8 @@ result close_left(expression& expr, std::uint8_t code, const std::uint8_t* place
         const bool binds_more = left_group == operator_group::multiplicative && group == operator_group::additive;
         const bool is_same = is_same_group(left.code, code) && (group != operator_group::logical || left.code == code);
         if (!binds_more && !is_same) {
-            return EXPRESSION_FAULT(expr, place, "'%s' beside '%s': put parentheses around one of the operations",
-                                    name_of(code), name_of(left.code));
+            return fault_at(expr.read, place, "'%s' beside '%s': put parentheses around one of the operations",
+                            name_of(code), name_of(left.code));
         }
         if (is_same && left.begins_wrapped) return report_ambiguity(expr, place);
         close_operation(expr);
@@ -248,7 +222,7 @@ result read_operator(expression& expr, std::size_t size) {
     const std::uint8_t* const place = read.at;
     const int found = find_code(characters(place), size);
     if (found == no_code) {
-        return EXPRESSION_FAULT(expr, place, "unknown operator: '%.*s'", static_cast<int>(size), characters(place));
+        return fault_at(expr.read, place, "unknown operator: '%.*s'", static_cast<int>(size), characters(place));
     }
     const auto code = static_cast<std::uint8_t>(found);
     open_part& group = innermost_group(expr);
@@ -264,8 +238,8 @@ result read_comma(expression& expr) {
     close_operations(expr);
     open_part& call = innermost(expr);
     if (++call.arguments == code_info[call.code].num_params) {
-        return EXPRESSION_FAULT(expr, expr.read.at, "too many operands: '%s' takes %d", name_of(call.code),
-                                code_info[call.code].num_params);
+        return fault_at(expr.read, expr.read.at, "too many operands: '%s' takes %d", name_of(call.code),
+                        code_info[call.code].num_params);
     }
     call.operations = 0;
     call.has_eval = false;
@@ -281,8 +255,8 @@ result close_group(expression& expr) {
     expr.item_root = root;
     if (group.kind == part_kind::call) {
         if (group.arguments + 1 < code_info[group.code].num_params) {
-            return EXPRESSION_FAULT(expr, expr.read.at, "too few operands: '%s' takes %d", name_of(group.code),
-                                    code_info[group.code].num_params);
+            return fault_at(expr.read, expr.read.at, "too few operands: '%s' takes %d", name_of(group.code),
+                            code_info[group.code].num_params);
         }
         put_byte(expr.read.to, group.code);
         expr.item_code = group.code;
@@ -317,7 +291,7 @@ result read_behind_item(expression& expr, behind_item& next) {
         if (*read.at != ')' || group == part_kind::group) {
             next = behind_item::end;
             if (group == part_kind::group) return result::ok;
-            return EXPRESSION_FAULT(expr, read.at, "')' is missing here");
+            return fault_at(expr.read, read.at, "')' is missing here");
         }
         if (failed(close_group(expr))) return result::failed;
     }
@@ -355,19 +329,8 @@ bool take_assign(reader& read) {
     return true;
 }
 
-// An expression that ends just where the listing cuts one looks whole, but may not be.
-result check_length(expression& expr) {
-    const std::uint8_t* end = expr.read.at;
-    while (end > expr.start && is_blank(end[-1])) --end;
-    if (static_cast<std::size_t>(end - expr.start) != max_expression) return result::ok;
-    return report_cut(expr);
-}
-
-}  // namespace
-
-result read_value(reader& read) {
-    skip_blanks(read);
-    expression expr = {read, operand_kind::value, read.at};
+result read_value_inside(reader& read) {
+    expression expr = {read, operand_kind::value};
     const std::uint8_t* start = read.at;
     bool has_eval = take_word(read, OP_EVAL);
     bool is_reference = false;
@@ -379,18 +342,27 @@ result read_value(reader& read) {
         has_eval = take_word(read, OP_EVAL);
         if (failed(read_expression(expr, is_reference))) return result::failed;
     }
-    if (!has_eval && !read.to.implicit.eval) {
-        return EXPRESSION_FAULT(expr, start, "'eval' is missing in front of this value");
-    }
+    if (!has_eval && !read.to.implicit.eval) return fault_at(read, start, "'eval' is missing in front of this value");
     put_byte(read.to, OP_EVAL);
-    return check_length(expr);
+    return result::ok;
+}
+
+result read_reference_inside(reader& read) {
+    expression expr = {read, operand_kind::reference};
+    const std::uint8_t* const start = read.at;
+    bool is_reference = false;
+    if (failed(read_expression(expr, is_reference))) return result::failed;
+    return is_reference ? result::ok : fault_at(read, start, "a $var, a $str or data(...) must stand here");
+}
+
+}  // namespace
+
+result read_value(reader& read) {
+    begin_expression(read);
+    return end_expression(read, read_value_inside(read));
 }
 
 result read_reference(reader& read) {
-    skip_blanks(read);
-    expression expr = {read, operand_kind::reference, read.at};
-    bool is_reference = false;
-    if (failed(read_expression(expr, is_reference))) return result::failed;
-    if (!is_reference) return EXPRESSION_FAULT(expr, expr.start, "a $var, a $str or data(...) must stand here");
-    return check_length(expr);
+    begin_expression(read);
+    return end_expression(read, read_reference_inside(read));
 }

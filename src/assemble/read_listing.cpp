@@ -66,6 +66,10 @@ result read_quotes(reader& read, quoted_text& text) {
     return outcome;
 }
 
+failure report_open_passage(reader& read, const std::uint8_t* passage) {
+    return report_open_passage(quoted_text{read.to.listing, source_file::listing, read.to.faults, nullptr, passage});
+}
+
 result report_empty_text(reader& read, const std::uint8_t* place) {
     return fault_at(read, place, "an empty text can stand only behind .data");
 }
@@ -322,7 +326,7 @@ result read_statement(listing_state& state, std::size_t size) {
     const auto code = static_cast<std::uint8_t>(found);
     const bool is_declaration = found == OP_DECL || (read.to.implicit.decl && is_reference(found));
     if (found == no_code || (code_types[code] != STATEMENT && !is_declaration)) {
-        return fault_at(read, read.at, "unknown statement: '%.*s'", shown_size(size), characters(read.at));
+        return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
     if (failed(begin_line(state))) return result::failed;
     if (found == OP_DECL || !is_declaration) read.at += size;
@@ -387,10 +391,24 @@ result read_line(listing_state& state) {
     }
     state.is_text_lost = false;
     if (state.passage != nullptr) {
-        (void)fault_at(read, std::exchange(state.passage, nullptr), "this { is not closed by a } in the same text");
+        (void)report_open_passage(read, std::exchange(state.passage, nullptr));
     }
     if (failed(*read.at == '.' ? read_directive(state) : read_word_line(state))) return result::failed;
     return read_line_end(read);
+}
+
+// The last line, when no line feed ends it. Without an end line it was cut in its middle, and what is
+// wrong with it is only the consequence.
+const std::uint8_t* find_cut_line(const source& listing) {
+    const std::uint8_t* line = listing.end();
+    while (line != listing.begin() && line[-1] != '\n') --line;
+    return line;
+}
+
+const std::uint8_t* find_last_character(const source& listing) {
+    const std::uint8_t* last = listing.end();
+    while (last != listing.begin() && (last[-1] == '\n' || is_blank(last[-1]))) --last;
+    return last == listing.begin() ? last : last - 1;
 }
 
 void skip_indentation(reader& read) {
@@ -405,19 +423,22 @@ void read_listing(assembly& to) {
     reader& read = state.read;
     select_game_mode(to.game_mode);
     const std::uint8_t* const end = to.listing.end();
+    const std::uint8_t* const cut_line = find_cut_line(to.listing);
     while (read.at < end && !to.exhausted) {
+        const bool is_cut = read.at == cut_line && !state.has_end;
         skip_indentation(read);
         if (*read.at == '\n') {
             state.is_dumped = false;
-        } else if (failed(read_line(state))) {
+        } else if ((is_cut && *read.at != ';') || failed(read_line(state))) {
             skip_line(read);
         }
         ++read.at;
     }
-    if (state.passage != nullptr) (void)fault_at(read, state.passage, "this { is not closed by a } in the same text");
+    if (state.passage != nullptr) (void)report_open_passage(read, state.passage);
     if (!state.has_end) {
-        (void)fault_at(read, end, "the listing has no end line, \"; END\": a part of it is missing");
+        (void)fault_at(read, find_last_character(to.listing),
+                       "no end line, \"; END\", follows: a part of the listing is missing");
     } else if (to.script.empty() && !to.faults.has_errors) {
-        (void)fault_at(read, end, "no line of this listing gives a byte to the script");
+        (void)fault_at(read, find_last_character(to.listing), "no line of this listing gives a byte to the script");
     }
 }

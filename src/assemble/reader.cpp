@@ -1,6 +1,9 @@
 #include "assemble/reader.h"
 
+#include <algorithm>
 #include <cstdarg>
+
+#include "model/infix.h"
 
 namespace {
 
@@ -18,11 +21,45 @@ int hex_value(std::uint8_t digit) {
     return letter >= 'a' && letter <= 'f' ? letter - 'a' + 10 : -1;
 }
 
+std::uint32_t expression_size(const reader& read, const std::uint8_t* end) {
+    return static_cast<std::uint32_t>(end - read.expression);
+}
+
+// Whether what is wrong at `place` is only that the rest of a cut expression is missing.
+bool stops_at_cut(const reader& read, const std::uint8_t* place) {
+    constexpr std::size_t longest_word = code_name::max_size + listed_label_size;  // and what begins there
+    if (read.expression == nullptr || expression_size(read, place) + longest_word < max_expression) return false;
+    if (std::find(read.expression, read.expression + max_expression, '\n') != read.expression + max_expression)
+        return false;
+    const std::uint8_t behind = read.expression[max_expression];
+    return behind == '\n' || behind == '\r' || behind == ',' || behind == ' ';
+}
+
+failure report_cut(reader& read) {
+    return add_fault(
+        read.to.faults, severity::error, source_file::listing, position_of(read, read.expression + max_expression),
+        "this expression was cut at %zu characters when it was listed: its end must be written here", max_expression);
+}
+
 }  // namespace
+
+void begin_expression(reader& read) {
+    skip_blanks(read);
+    read.expression = read.at;
+}
+
+result end_expression(reader& read, result outcome) {
+    const std::uint8_t* end = read.at;
+    while (is_blank(end[-1])) --end;
+    if (!failed(outcome) && expression_size(read, end) == max_expression) outcome = report_cut(read);
+    read.expression = nullptr;
+    return outcome;
+}
 
 constinit const std::array<bool, 256> name_bytes = make_name_bytes();
 
 failure fault_at(reader& read, const std::uint8_t* place, const char* format, ...) {
+    if (stops_at_cut(read, place)) return report_cut(read);
     va_list arguments;
     va_start(arguments, format);
     (void)add_fault_list(read.to.faults, severity::error, source_file::listing, position_of(read, place), format,

@@ -21,15 +21,22 @@ struct open_part {
 // Reads the listing from its start to its end.
 struct reader {
     assembly& to;
-    const std::uint8_t* at;       // the next byte
-    array<open_part> parts = {};  // of the expression that is read; kept for its memory
+    const std::uint8_t* at;                    // the next byte
+    array<open_part> parts = {};               // of the expression that is read; kept for its memory
+    const std::uint8_t* expression = nullptr;  // where it begins, while one is read
 };
 
 inline std::uint32_t position_of(const reader& read, const std::uint8_t* place) {
     return static_cast<std::uint32_t>(place - read.to.listing.begin());
 }
 
-// Reports an error at a place and returns the failure.
+// To be called around an expression, of which a listing shows max_expression characters at most. One
+// that ends just there looks whole, but may not be: that is an error too.
+void begin_expression(reader& read);
+result end_expression(reader& read, result outcome);
+
+// Reports an error at a place and returns the failure. When the expression that is read was cut in
+// front of it, the error is that.
 [[gnu::format(printf, 3, 4)]] failure fault_at(reader& read, const std::uint8_t* place, const char* format, ...);
 
 // Notes that memory ran out.

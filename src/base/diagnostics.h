@@ -7,8 +7,8 @@
 #include "base/result.h"
 #include "base/writer.h"
 
-// Where messages go: standard error, the file named by "-E", or memory in tests. They are
-// buffered; the driver flushes them before the listing starts and when the run ends.
+// Where messages go: standard error, the file named by "-E", or memory in tests. They are buffered;
+// the driver flushes them before it opens an output, before any of the listing and when the run ends.
 inline constinit writer diagnostics;
 
 // How many messages the process has reported.
@@ -36,9 +36,11 @@ inline bool verbose(int level) { return options.verbose_level >= level; }
 // The driver's own messages carry no number.
 #define RUN_ERROR(...) (report("ERROR", __VA_ARGS__), failure())
 
+// Reports that there is no memory for `size` bytes.
+failure memory_exhausted(std::size_t size);
+
 // Adds an item to an array. Fails, after its message, when memory runs out.
 template <class T>
 result push(array<T>& items, const T& item) {
-    if (items.push_back(item)) return result::ok;
-    return ERROR("memory exhausted! (size=%zu)", items.growth_bytes());
+    return items.push_back(item) ? result::ok : memory_exhausted(items.growth_bytes());
 }

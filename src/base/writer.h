@@ -8,8 +8,8 @@
 
 #include "base/array.h"
 
-// Collects bytes and hands them on when its buffer is full and when it is flushed. The first
-// failure is kept in `error` (an errno value, 0 while all went well); what is put after it is
+// Collects bytes and hands them on when its buffer is full, whole lines then, and when it is flushed.
+// The first failure is kept in `error` (an errno value, 0 while all went well); what is put after it is
 // dropped. `room` and the put functions never fail themselves.
 class writer {
 public:
@@ -20,7 +20,9 @@ public:
     writer(const writer&) = delete;
     writer& operator=(const writer&) = delete;
 
-    void open(int descriptor);       // starts anew; the descriptor stays the caller's
+    // Starts anew; the descriptor stays the caller's. `earlier` is flushed whenever something is handed
+    // on: handing on may end the process, when it writes to a pipe that nobody reads any more.
+    void open(int descriptor, writer* earlier = nullptr);
     void open(array<char>& memory);  // starts anew; the bytes are added to `memory`
     void discard();                  // starts anew; what is put is lost
     void flush();
@@ -30,7 +32,7 @@ public:
     // advance() takes what of it was filled.
     char* room(std::size_t size) {
         if (left() < size) [[unlikely]]
-            flush();
+            make_room();
         return end_;
     }
     void advance(char* end) { end_ = end; }
@@ -48,6 +50,7 @@ public:
 
 private:
     [[nodiscard]] std::size_t left() const { return static_cast<std::size_t>(limit_ - end_); }
+    void make_room();
     void put_long(std::string_view text);
     void hand_on(std::string_view text);
 
@@ -57,5 +60,6 @@ private:
     int descriptor_ = 0;  // once it is opened
     int error_ = 0;
     array<char>* memory_ = nullptr;
+    writer* earlier_ = nullptr;
     char buffer_[buffer_size] = {};
 };

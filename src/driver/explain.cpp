@@ -21,8 +21,8 @@ constexpr explanation explanations[] = {
     {"illegal jump offset", "a jump leads here, where no statement or text begins"},
     {"illegal data block offset", "what lies here is named as a data block of another kind, or is no data block"},
     {"can't find data block", "a data block is named that begins inside of this line"},
-    {"data end mark not found",
-     "the data block that begins here does not end as one of its kind must: a line of another kind follows"},
+    {"type=TEXT", "this data block is used as one of texts: what stands here is read as a text without its end"},
+    {"type=INT16", "this data block is used as one of numbers: at its end a byte is left over"},
     {"code break by data block", "a data block is named that begins inside of this line"},
     {"'eval' not found", "what lies here is neither code nor named as data"},
 };

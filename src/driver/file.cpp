@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <limits>
 
 #include "base/diagnostics.h"
@@ -29,13 +30,20 @@ bool read_whole(int descriptor, std::uint8_t* to, std::size_t size) {
     return true;
 }
 
-// Opens for writing without emptying. `created` receives whether the file is new.
+// Opens for writing without emptying. `created` receives whether the file is new, also behind a
+// symbolic link that led nowhere.
 file open_for_writing(const char* name, bool& created) {
     constexpr mode_t mode = 0666;  // as the umask allows
-    file opened(open(name, O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOCTTY, mode));
-    created = opened.is_open();
-    if (created) return opened;
+    struct stat status {};
+    created = stat(name, &status) != 0;
     return file(open(name, O_WRONLY | O_CREAT | O_CLOEXEC | O_NOCTTY, mode));
+}
+
+// Removes the file itself, not a symbolic link to it.
+void remove_file(const char* name) {
+    char* const path = realpath(name, nullptr);
+    if (path != nullptr) (void)unlink(path);
+    std::free(path);
 }
 
 file refuse(const char* name) {
@@ -75,7 +83,7 @@ file open_output(const char* name, std::initializer_list<const char*> other_name
     if (!S_ISREG(status.st_mode)) return opened;
     for (const char* const other_name : other_names) {
         if (!same_regular_file(status, other_name)) continue;
-        if (created) (void)unlink(name);
+        if (created) remove_file(name);
         return refuse(name);
     }
     if (ftruncate(opened.descriptor(), 0) != 0) return refuse(name);

@@ -8,6 +8,7 @@
 #include "output/print_text.h"
 #include "phase1/check_jump_offset_1.h"
 #include "phase1/parse_conv_1.h"
+#include "phase2/check_jump_offset_2.h"
 #include "phase2/data_block.h"
 #include "phase2/parse_conv_2.h"
 
@@ -51,10 +52,10 @@ result print_script(conv& script, const named_writer& listing_file, const named_
     diagnostics.flush();
 
     options.text_counter = 0;
-    listing print = {script, *listing_file.out, text_file.out};
-    const result printed = print_conv(print);
-    if (failed(finish(listing_file))) return result::failed;
-    if (failed(printed)) return RUN_ERROR("print error");
+    print_job job = {script, *listing_file.out, text_file.out};
+    const result printed = print_conv(job);
+    if (failed(printed)) (void)RUN_ERROR("print error");
+    if (failed(finish(listing_file)) || failed(printed)) return result::failed;
     if (script.dump) report_dump_count(script);
     if (text_file.out == nullptr) return result::ok;
     text_file.out->put(text_table_end);

@@ -42,7 +42,7 @@ result open_text_table(const command_line& line, file& text) {
     if (line.text == nullptr) return result::ok;
     text = open_output(line.text, {line.script, line.output, line.error});
     if (!text.is_open()) return result::failed;
-    text_out.open(text.descriptor());
+    text_out.open(text.descriptor(), &diagnostics);
     text_out.put(text_table_header);
     text_out.flush();
     return result::ok;
@@ -51,10 +51,11 @@ result open_text_table(const command_line& line, file& text) {
 result list_script(const command_line& line, conv& script) {
     if (failed(load(script, line.script))) return result::failed;
     if (failed(analyse(script))) return result::failed;
+    diagnostics.flush();  // opening an output may wait for its reader
     if (failed(redirect_listing(line))) return result::failed;
     file text;
     if (failed(open_text_table(line, text))) return result::failed;
-    listing_out.open(STDOUT_FILENO);
+    listing_out.open(STDOUT_FILENO, &diagnostics);
     const char* const listing_name = line.output == nullptr ? "(standard output)" : line.output;
     const result printed =
         print_script(script, {&listing_out, listing_name}, {text.is_open() ? &text_out : nullptr, line.text});

@@ -25,15 +25,15 @@ void conv_free(conv& script) {
     offset_table_free(script.jump_offset_table);
     offset_table_free(script.data_offset_table);
     script.position_marks.release();
-    inst_free(script.tree);
+    script.tree = {};
     script.dump_count.release();
     script.buffer.release();
     script.data_size = 0;
 }
 
 std::span<const std::uint8_t> conv_bytes(const conv& script, std::int32_t start, std::int32_t end) {
-    end = std::min(end, script.data_size);
-    if (!conv_has(script, start) || end <= start) return {};
+    if (!conv_has(script, start)) return {};
+    end = std::clamp(end, start, script.data_size);
     return {script.buffer.data() + start, static_cast<std::size_t>(end - start)};
 }
 

@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "base/array.h"
+#include "base/diagnostics.h"
 #include "base/result.h"
 #include "model/code_info.h"
 
@@ -48,41 +49,32 @@ struct expr_item {
 };
 inline constexpr std::uint32_t no_item = 0xFFFFFFFF;
 
-// A walked node that began as DATA.
-struct block_start {
-    std::int32_t offset;
-    inst_index node;
-    code_type type = DATA;  // what it is found to be
-};
-
 // Nodes stand in ascending order of their offsets, first those that phase 2 walked, each before its
 // sub block, then the elements added to data blocks.
 struct inst_tree {
     inst_index root = no_inst;
-    std::uint32_t walked = 0;   // nodes that phase 2 walked
-    std::int32_t labelled = 0;  // walked nodes that jumps lead to
+    std::uint32_t walked = 0;  // nodes that phase 2 walked
     array<inst> nodes;
     array<operand> operands;
     array<expr_item> items;
     array<inst_index> block_users;  // nodes whose operands may name data blocks, ascending
-    array<block_start> blocks;      // ascending
 };
 
 // Adds a node without operands. Returns no_inst, after its message, when memory runs out.
-inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code);
+inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code) {
+    if (failed(push(tree.nodes, {.offset = offset, .type = type, .code = code}))) return no_inst;
+    return static_cast<inst_index>(tree.nodes.size() - 1);
+}
 
 // Adds an operand to a node; counts it in num_params. Since the node's first operand no other node
 // may have got one. The same failure.
-inline result inst_add_param(inst_tree& tree, inst_index node, operand param);
-
-// Adds an expression item, the same failure.
-inline result inst_add_item(inst_tree& tree, expr_item item);
-
-// Notes that the node's operands may name data blocks; the same failure.
-result inst_add_block_user(inst_tree& tree, inst_index node);
-
-// Notes a walked node of type DATA; the same failure.
-result inst_add_block(inst_tree& tree, inst_index node);
+inline result inst_add_param(inst_tree& tree, inst_index node, const operand& param) {
+    if (failed(push(tree.operands, param))) return result::failed;
+    inst& owner = tree.nodes[node];
+    if (owner.num_params == 0) owner.params = static_cast<std::uint32_t>(tree.operands.size() - 1);
+    ++owner.num_params;
+    return result::ok;
+}
 
 // Operand `k` of a node, all zero when the node has none.
 inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t k) {
@@ -91,15 +83,9 @@ inline operand inst_param(const inst_tree& tree, const inst& node, std::uint32_t
 }
 
 // The first node of the list nested in a node, or no_inst.
-inline inst_index inst_subblock(const inst_tree& tree, const inst& node) {
-    return node.has_subblock ? static_cast<inst_index>(&node - tree.nodes.begin()) + 1 : no_inst;
+inline inst_index inst_subblock(const inst_tree& tree, inst_index node) {
+    return tree.nodes[node].has_subblock ? node + 1 : no_inst;
 }
-
-// The walked node with this offset, or no_inst.
-inst_index inst_find(const inst_tree& tree, std::int32_t offset);
-
-// Releases all nodes, operands and items.
-void inst_free(inst_tree& tree);
 
 // The root of the tree in front of the one that ends with this item: of an operator's operands,
 // which end in front of it, the one before. Before the first item it is no_item.
@@ -109,32 +95,4 @@ inline std::uint32_t expr_before(const inst_tree& tree, std::uint32_t item) { re
 inline std::uint32_t expr_assign(const inst_tree& tree, std::uint32_t root) {
     const std::uint32_t before = root == no_item ? no_item : expr_before(tree, root);
     return before != no_item && tree.items[before].extent == 0 ? before : no_item;
-}
-
-// Reports that one of the tree's arrays could not grow to `size` bytes.
-failure report_tree_exhausted(std::size_t size);
-
-inline inst_index inst_new(inst_tree& tree, std::int32_t offset, code_type type, std::uint8_t code) {
-    inst* const node = tree.nodes.push();
-    if (node == nullptr) {
-        (void)report_tree_exhausted(tree.nodes.growth_bytes());
-        return no_inst;
-    }
-    *node = {.offset = offset, .type = type, .code = code};
-    return static_cast<inst_index>(tree.nodes.size() - 1);
-}
-
-inline result inst_add_param(inst_tree& tree, inst_index node, operand param) {
-    operand* const slot = tree.operands.push();
-    if (slot == nullptr) return report_tree_exhausted(tree.operands.growth_bytes());
-    *slot = param;
-    inst& owner = tree.nodes[node];
-    const auto index = static_cast<std::uint32_t>(tree.operands.size() - 1);
-    owner.params = owner.num_params == 0 ? index : owner.params;
-    ++owner.num_params;
-    return result::ok;
-}
-
-inline result inst_add_item(inst_tree& tree, expr_item item) {
-    return tree.items.push_back(item) ? result::ok : report_tree_exhausted(tree.items.growth_bytes());
 }

@@ -73,8 +73,6 @@ std::optional<std::int32_t> outside_below(const offset_table& table, std::int32_
     return above[-1];
 }
 
-result memory_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
-
 // Decides what becomes of an entry whose offset is recorded with another type.
 bool gives_way(code_type stored, std::int32_t offset, code_type type) {
     if (stored == NONE || (stored == DATA && (type == DATA_TEXT || type == DATA_INT16))) {

@@ -1,8 +1,8 @@
 // The listing of a whole script.
 #pragma once
 
-#include "output/listing.h"
+#include "output/print_job.h"
 
 // Prints the listing of an analysed script and, where there is a text table, its rows. Fails
 // after ERROR lines; what was printed before stays.
-result print_conv(listing& print);
+result print_conv(print_job& job);

@@ -1,72 +1,31 @@
 #include "output/print_dump.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <cstring>
+#include <span>
 
 #include "base/diagnostics.h"
+#include "output/put.h"
 
 namespace {
 
 constexpr std::size_t bytes_per_line = 16;
 
-// "; 00000000:", 16 times " 00", " : ", 16 characters and the line's end.
-constexpr std::size_t hex_column = 11;
-constexpr std::size_t separator_column = hex_column + 3 * bytes_per_line;
-constexpr std::size_t character_column = separator_column + 3;
-constexpr std::size_t max_line = separator_column + 3 * bytes_per_line;  // what is covered included
+// A line is "; 00000000:", 16 times " 00" or blanks, " : ", the characters and its end. While it is made, blanks
+// stand in place of the characters.
+constexpr std::size_t hex_size = 3 * bytes_per_line;
+constexpr std::size_t max_line = 11 + 2 * hex_size;
 
-using line_bytes = std::array<std::uint8_t, bytes_per_line>;
-
-// The bytes of a line and whatever follows them, 0 behind the script.
-line_bytes read_line(const conv& script, std::size_t offset) {
-    line_bytes bytes{};
-    const std::uint8_t* const from = script.buffer.data() + offset;
-    if (script.buffer.size() - offset >= bytes_per_line) {
-        std::memcpy(bytes.data(), from, bytes_per_line);
-    } else {
-        std::copy(from, script.buffer.end(), bytes.begin());
-    }
-    return bytes;
-}
-
-// A line is made whole, since that takes less time than to count: compilers do each of the loops
-// below in a few instructions for all bytes at once.
-
-constexpr std::uint8_t hex_digit(std::uint8_t number) {
-    return static_cast<std::uint8_t>(number + '0' + (number > 9 ? 'A' - '9' - 1 : 0));
-}
-
-void put_hex_columns(char* to, const line_bytes& bytes) {
-    std::array<std::uint8_t, 2 * bytes_per_line> digits;
-    for (std::size_t i = 0; i < bytes_per_line; ++i) {
-        digits[2 * i] = hex_digit(bytes[i] >> 4);
-        digits[2 * i + 1] = hex_digit(bytes[i] & 0xF);
-    }
-    for (std::size_t i = 0; i < bytes_per_line; ++i) std::memcpy(to + 3 * i, &digits[2 * i], 2);
-}
-
-void put_characters(char* to, line_bytes bytes) {
-    for (std::uint8_t& byte : bytes) byte = byte >= 0x20 && byte <= 0x7E ? byte : std::uint8_t{'.'};
-    std::memcpy(to, bytes.data(), bytes_per_line);
-}
-
-// Prints up to 16 bytes. Inside the loop over the lines its own loops would be unrolled.
-[[gnu::noinline]] void print_dump_line(listing& print, std::size_t offset, std::size_t count) {
-    const line_bytes bytes = read_line(print.script, offset);
-    char* const line = print.out.room(max_line);
-    char* const hex = line + hex_column;
-    std::memset(line, ' ', character_column);
-    line[0] = ';';
-    put_hex<8>(line + 2, static_cast<std::uint32_t>(offset));
-    line[hex_column - 1] = ':';
-    put_hex_columns(hex + 1, bytes);
-    std::memset(hex + 3 * count, ' ', 3 * bytes_per_line);  // what is no longer of the line
-    line[separator_column + 1] = ':';
-    put_characters(line + character_column, bytes);
-    line[character_column + count] = '\n';
-    print.out.advance(line + character_column + count + 1);
+// Prints the line of up to 16 bytes.
+void print_dump_line(writer& out, std::int32_t offset, std::span<const std::uint8_t> bytes) {
+    char* to = put_text(out.room(max_line), "; ");
+    to = put_text(put_hex<8>(to, static_cast<std::uint32_t>(offset)), ":");
+    for (const std::uint8_t byte : bytes) to = put_hex<2>(put_text(to, " "), byte);
+    std::memset(to, ' ', hex_size);
+    to = put_text(to + hex_size - 3 * bytes.size(), " : ");
+    for (const std::uint8_t byte : bytes) *to++ = byte >= 0x20 && byte <= 0x7E ? static_cast<char>(byte) : '.';
+    out.advance(put_text(to, "\n"));
 }
 
 // Nodes mostly follow each other, so that the last change, the end of the last dump, moves on.
@@ -88,15 +47,15 @@ void report_stretch(std::int32_t start, std::int32_t end, std::uint8_t count) {
 
 }  // namespace
 
-result print_dump(listing& print, std::int32_t offset, std::int32_t size) {
-    if (!print.script.dump || size == 0) return result::ok;
-    auto position = static_cast<std::size_t>(offset);
-    for (const std::size_t end = position + static_cast<std::size_t>(size); position < end;) {
-        const std::size_t count = std::min(end - position, bytes_per_line);
-        print_dump_line(print, position, count);
-        position += count;
+result print_dump(print_job& job, std::int32_t offset, std::int32_t size) {
+    if (!job.script.dump || size == 0) return result::ok;
+    const std::int32_t end = offset + size;
+    for (std::int32_t start = offset; start < end;) {
+        const std::int32_t count = std::min<std::int32_t>(end - start, bytes_per_line);
+        print_dump_line(job.out, start, conv_bytes(job.script, start, start + count));
+        start += count;
     }
-    return count_dump(print.script.dump_count, offset, offset + size);
+    return count_dump(job.script.dump_count, offset, end);
 }
 
 void report_dump_count(conv& script) {

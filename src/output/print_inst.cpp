@@ -1,55 +1,73 @@
 #include "output/print_inst.h"
 
+#include <array>
+
 #include "base/diagnostics.h"
+#include "output/label.h"
 #include "output/print_text.h"
-#include "output/sprint_eval.h"
 
 namespace {
 
-void print_label(listing& print, std::uint32_t offset) {
-    print.out.advance(put_label(print.out.room(label_size), print.script, offset));
+void print_name(writer& out, std::uint8_t code) { out.advance(put_name(out.room(code_name::max_size), code)); }
+
+void print_label(print_job& job, std::uint32_t offset) {
+    job.out.advance(put_label(job.out.room(label_size), job.script, offset));
 }
 
-result print_operand(listing& print, const inst& node, const operand& param) {
-    writer& out = print.out;
+result print_expression(print_job& job, const operand& param) {
+    char* end = job.out.room(expression_room);
+    if (failed(sprint_eval(job.script, job.pieces, param, end))) return result::failed;
+    job.out.advance(end);
+    return result::ok;
+}
+
+result print_operand(print_job& job, const inst& node, const operand& param) {
+    writer& out = job.out;
     switch (param.type) {
         case TEXT:
-            if (failed(check_text(text_of(print.script, param)))) return result::failed;
-            print_quoted_text(print, param);
+            if (failed(check_text(text_of(job.script, param)))) return result::failed;
+            print_quoted_text(job, param);
             return result::ok;
         case BYTE: out.advance(put_decimal(out.room(max_decimal_size), param.value)); return result::ok;
-        case INT32: print_label(print, param.value); return result::ok;
+        case INT32: print_label(job, param.value); return result::ok;
         case STR32:
             out.put("int32 ");
-            print_label(print, param.value);
+            print_label(job, param.value);
             return result::ok;
         case VARIABLE:
-        case VALUE: return sprint_eval(print, param);
+        case VALUE: return print_expression(job, param);
         default:
             return ERROR("BUG: illegal parameter type: offset=%08X, param=%08X, type=%02X", node.offset, param.offset,
                          param.type);
     }
 }
 
-void print_assign(writer& out) {
-    char* const to = out.room(code_name::max_size + 2);
-    out.advance(put_text(put_name(put_text(to, " "), OP_ASSIGN), " "));
-}
-
-// The variable and, behind ":=", the value that it starts with.
-result print_declaration(listing& print, const inst& node) {
-    const inst_tree& tree = print.script.tree;
-    if (failed(sprint_eval(print, inst_param(tree, node, 0)))) return result::failed;
-    if (node.num_params < 3) return result::ok;
-    print_assign(print.out);
-    return sprint_eval(print, inst_param(tree, node, 2));
-}
-
-result print_operands(listing& print, const inst& node) {
+result print_operands(print_job& job, const inst& node) {
     for (std::uint32_t k = 0; k < node.num_params; ++k) {
-        if (k != 0) print.out.put(", ");
-        if (failed(print_operand(print, node, inst_param(print.script.tree, node, k)))) return result::failed;
+        job.out.put(k == 0 ? " " : ", ");
+        if (failed(print_operand(job, node, inst_param(job.script.tree, node, k)))) return result::failed;
     }
+    return result::ok;
+}
+
+// The condition of an if, or what a decl declares and, behind ":=", the value that it starts with.
+result render_operands(print_job& job, const inst& node, char*& to) {
+    const conv& script = job.script;
+    if (failed(sprint_eval(script, job.pieces, inst_param(script.tree, node, 0), to))) return result::failed;
+    if (node.num_params < 3) return result::ok;
+    to = put_text(put_name(put_text(to, " "), OP_ASSIGN), " ");
+    return sprint_eval(script, job.pieces, inst_param(script.tree, node, 2), to);
+}
+
+// The line of an if or a decl is printed as a whole or not at all.
+result print_if_or_decl(print_job& job, const inst& node, int depth) {
+    std::array<char, code_name::max_size + 2 * expression_room> line;
+    char* to = line.data();
+    if (node.code == OP_IF || !options.omit_decl) to = put_text(put_name(to, node.code), " ");
+    if (failed(render_operands(job, node, to))) return result::failed;
+    to = put_text(to, "\n");
+    print_indent(job.out, depth);
+    job.out.put({line.data(), static_cast<std::size_t>(to - line.data())});
     return result::ok;
 }
 
@@ -58,53 +76,48 @@ constexpr std::size_t max_number_line = 48;
 // A number in its hexadecimal form, of which `digits` are shown, and behind it in its decimal form.
 template <int digits>
 void print_number_line(writer& out, int depth, std::string_view directive, std::uint32_t number) {
-    char* to = put_text(begin_line(out, depth, max_number_line), directive);
+    print_indent(out, depth);
+    char* to = put_text(out.room(max_number_line), directive);
     to = put_text(put_hex<digits>(put_text(to, " 0x"), number), " ; ");
     out.advance(put_text(put_decimal(to, number), "\n"));
 }
 
 // Lines of two bytes each, the last of one when the size is odd.
-void print_unknown(listing& print, const inst& node, int depth, std::int32_t size) {
-    const conv& script = print.script;
-    for (std::int32_t i = 0; i < size; i += 2) {
-        const std::int32_t offset = node.offset + i;
-        if (size - i == 1) {
-            print_number_line<2>(print.out, depth, ".unknown.byte", conv_byte(script, offset));
+void print_unknown(print_job& job, const inst& node, int depth, std::int32_t size) {
+    const conv& script = job.script;
+    for (std::int32_t left = size; left > 0; left -= 2) {
+        const std::int32_t offset = node.offset + (size - left);
+        if (left == 1) {
+            print_number_line<2>(job.out, depth, ".unknown.byte", conv_byte(script, offset));
         } else {
-            print_number_line<4>(print.out, depth, ".unknown", conv_int16(script, offset));
+            print_number_line<4>(job.out, depth, ".unknown", conv_int16(script, offset));
         }
     }
 }
 
 }  // namespace
 
-result print_statement(listing& print, const inst& node, int depth) {
-    const bool is_declaration = node.code == OP_DECL;
-    const bool has_operands = is_declaration || (node.code != OP_ELSE && node.num_params != 0);
-    char* to = begin_line(print.out, depth, code_name::max_size + 1);
-    if (!is_declaration || !options.omit_decl) {
-        to = put_name(to, node.code);
-        if (has_operands) *to++ = ' ';
-    }
-    print.out.advance(to);
-    if (has_operands && failed(is_declaration ? print_declaration(print, node) : print_operands(print, node))) {
-        return result::failed;
-    }
-    print.out.put('\n');
+result print_statement(print_job& job, const inst& node, int depth) {
+    if (node.code == OP_IF || node.code == OP_DECL) return print_if_or_decl(job, node, depth);
+    print_indent(job.out, depth);
+    print_name(job.out, node.code);
+    if (node.code != OP_ELSE && failed(print_operands(job, node))) return result::failed;
+    job.out.put('\n');
     return result::ok;
 }
 
-result print_data_block(listing& print, const inst& node, int depth, std::int32_t size) {
-    writer& out = print.out;
-    const operand param = inst_param(print.script.tree, node, 0);
+result print_data_block(print_job& job, const inst& node, int depth, std::int32_t size) {
+    writer& out = job.out;
+    const operand param = inst_param(job.script.tree, node, 0);
     switch (node.type) {
         case DATA_TEXT:
-            if (failed(check_text(text_of(print.script, param)))) return result::failed;
-            out.advance(put_text(begin_line(out, depth, 6), ".data "));
-            print_quoted_text(print, param);
+            if (failed(check_text(text_of(job.script, param)))) return result::failed;
+            print_indent(out, depth);
+            out.put(".data ");
+            print_quoted_text(job, param);
             out.put('\n');
             return result::ok;
         case DATA_INT16: print_number_line<4>(out, depth, ".data", param.value); return result::ok;
-        default: print_unknown(print, node, depth, size); return result::ok;
+        default: print_unknown(job, node, depth, size); return result::ok;
     }
 }

@@ -1,7 +1,10 @@
 #include "output/print_text.h"
 
+#include <algorithm>
+
 #include "base/diagnostics.h"
 #include "model/text.h"
+#include "output/label.h"
 
 namespace {
 
@@ -47,20 +50,16 @@ void escape_text(writer& out, std::string_view text) {
     escape_text(out, text, in_passage);
 }
 
-void put_text_label(writer& out, const conv& script, std::int32_t number) {
-    char* to = out.room(6 + max_decimal_size);
-    *to++ = 'T';
-    to = put_hex<4>(to, script.npc_id);
-    *to++ = '_';
-    out.advance(put_long_decimal(to, static_cast<std::uint32_t>(number), 4));
+void print_text_label(writer& out, const conv& script, std::int32_t number) {
+    out.advance(put_text_label(out.room(max_text_label_size), script, static_cast<std::uint32_t>(number)));
 }
 
 // Enters a text in the text table, where there is one. Returns whether the listing shows the
 // text's label, that of the number just given, instead of the text.
-bool enter_text(listing& print, std::string_view text, std::int32_t offset) {
-    if (print.text_file == nullptr) return false;
-    writer& table = *print.text_file;
-    put_text_label(table, print.script, options.text_counter);
+bool enter_text(print_job& job, std::string_view text, std::int32_t offset) {
+    if (job.text_file == nullptr) return false;
+    writer& table = *job.text_file;
+    print_text_label(table, job.script, options.text_counter);
     table.put("\t0x");
     table.advance(put_hex<8>(table.room(8), static_cast<std::uint32_t>(offset)));
     table.put("\t\"");
@@ -70,7 +69,7 @@ bool enter_text(listing& print, std::string_view text, std::int32_t offset) {
     return options.text_label;
 }
 
-void put_last_text_label(listing& print) { put_text_label(print.out, print.script, options.text_counter - 1); }
+void print_last_text_label(print_job& job) { print_text_label(job.out, job.script, options.text_counter - 1); }
 
 }  // namespace
 
@@ -79,7 +78,7 @@ std::string_view text_of(const conv& script, const operand& param) {
         conv_bytes(script, param.offset, static_cast<std::int32_t>(param.value));
     if (bytes.empty()) return "";
     const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    return first_part(text, text.find('\0'));
+    return text.substr(0, text.find('\0'));
 }
 
 result check_text(std::string_view text) {
@@ -91,22 +90,23 @@ result check_text(std::string_view text) {
     return ERROR("illegal multibyte text: %02X%02X", byte, byte_behind(text, found.position));
 }
 
-result print_text(listing& print, const inst& node, int depth) {
-    const operand param = inst_param(print.script.tree, node, 0);
-    std::string_view rest = text_of(print.script, param);
+result print_text(print_job& job, const inst& node, int depth) {
+    const operand param = inst_param(job.script.tree, node, 0);
+    std::string_view rest = text_of(job.script, param);
     if (failed(check_text(rest))) return result::failed;
-    writer& out = print.out;
-    if (enter_text(print, rest, param.offset)) {
+    writer& out = job.out;
+    if (enter_text(job, rest, param.offset)) {
         print_indent(out, depth);
-        put_last_text_label(print);
+        print_last_text_label(job);
         out.put('\n');
         return result::ok;
     }
     bool in_passage = false;
     while (!rest.empty()) {
         const std::size_t newline = rest.find('\n');  // never the trail byte of a character
-        const std::string_view line = first_part(rest, newline == std::string_view::npos ? newline : newline + 1);
-        out.advance(put_text(begin_line(out, depth, 1), "\""));
+        const std::string_view line = rest.substr(0, std::min(newline, rest.size() - 1) + 1);
+        print_indent(out, depth);
+        out.put('"');
         escape_text(out, line, in_passage);
         rest.remove_prefix(line.size());
         // A passage that ends right behind the newline ends on the newline's line.
@@ -120,10 +120,10 @@ result print_text(listing& print, const inst& node, int depth) {
     return result::ok;
 }
 
-void print_quoted_text(listing& print, const operand& param) {
-    const std::string_view text = text_of(print.script, param);
-    if (enter_text(print, text, param.offset)) return put_last_text_label(print);
-    print.out.put('"');
-    escape_text(print.out, text);
-    print.out.put('"');
+void print_quoted_text(print_job& job, const operand& param) {
+    const std::string_view text = text_of(job.script, param);
+    if (enter_text(job, text, param.offset)) return print_last_text_label(job);
+    job.out.put('"');
+    escape_text(job.out, text);
+    job.out.put('"');
 }

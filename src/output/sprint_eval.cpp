@@ -5,6 +5,7 @@
 
 #include "base/diagnostics.h"
 #include "model/infix.h"
+#include "output/label.h"
 
 enum class piece_kind : std::uint8_t {
     item,   // `item` with its operands; `code` is that of the operator or function around it
@@ -16,9 +17,6 @@ enum class piece_kind : std::uint8_t {
 };
 
 namespace {
-
-// The most that one step of the rendering writes, a name's padding included.
-constexpr std::size_t max_step = 3 * code_name::max_size;
 
 struct renderer {
     const conv& script;
@@ -212,11 +210,10 @@ void render_piece(renderer& render, const pending_piece& piece) {
 
 // Cutting each composition by itself leaves the same text as cutting the whole: each begins where
 // the one around it has begun or later.
-result sprint_eval(listing& print, const operand& param) {
-    char* const start = print.out.room(max_expression + max_step);
-    char* const limit = start + max_expression;
-    renderer render = {print.script, print.pieces, start, no_item, 0};
-    render.pieces.truncate(0);
+result sprint_eval(const conv& script, array<pending_piece>& pieces, const operand& param, char*& to) {
+    char* const limit = to + max_expression;
+    renderer render = {script, pieces, to, no_item, 0};
+    pieces.truncate(0);
     bool has_memory = true;
     if (param.type == VALUE) {
         has_memory = render_value(render, param);
@@ -226,15 +223,15 @@ result sprint_eval(listing& print, const operand& param) {
     while (has_memory && render.to < limit) {
         if (render.item != no_item) {
             has_memory = render_item(render);
-        } else if (!render.pieces.empty()) {
-            const pending_piece piece = render.pieces.back();
-            render.pieces.pop_back();
+        } else if (!pieces.empty()) {
+            const pending_piece piece = pieces.back();
+            pieces.pop_back();
             render_piece(render, piece);
         } else {
             break;
         }
     }
     if (!has_memory) return ERROR("memory exhausted! (strdup)");
-    print.out.advance(std::min(render.to, limit));
+    to = std::min(render.to, limit);
     return result::ok;
 }

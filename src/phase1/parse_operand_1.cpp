@@ -1,6 +1,7 @@
 #include "phase1/parse_operand_1.h"
 
 #include "base/diagnostics.h"
+#include "model/reference.h"
 
 namespace {
 
@@ -39,25 +40,16 @@ result parse_eval_1(conv& script, std::int32_t& cursor) {
 }
 
 result parse_var_1(conv& script, std::int32_t& cursor) {
-    std::int32_t depth = 0;  // values on the evaluation stack
+    reference read = {cursor};
     std::uint8_t code = 0;
     std::int32_t position = cursor;
-    while (position < script.data_size) {
+    while (position < script.data_size && !read.is_closed) {
         code = conv_byte(script, position);
-        const code_type type = code_info[code].item_type;
-        if (type == OPERATOR || type == FUNCTION) {
-            depth -= code_info[code].num_params;
-            if (depth < 0) {
-                return ERROR("can't find variable/data: stack exhausted: offset=%08X, %08X, code=%02X, type=%02X",
-                             cursor, position, code, type);
-            }
-        }
+        if (failed(add_reference_item(read, position, code_info[code].item_type, code))) return result::failed;
         if (failed(scan_item(script, position, code))) return result::failed;
-        if (is_reference(code) && depth == 0) break;
-        ++depth;
     }
     // At the script's end the last opcode alone decides.
-    if (!is_reference(code)) return ERROR("variable/data not found: offset=%08X", cursor);
+    if (!is_reference(code)) return report_open_reference(read);
     cursor = position;
     return result::ok;
 }

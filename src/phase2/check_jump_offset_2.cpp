@@ -1,5 +1,6 @@
+#include "phase2/check_jump_offset_2.h"
+
 #include "base/diagnostics.h"
-#include "phase2/data_block.h"
 
 namespace {
 
@@ -12,8 +13,6 @@ bool reach(const inst*& node, const inst* end, std::int32_t offset) {
 }  // namespace
 
 result check_jump_offset_2(const conv& script) {
-    // No two walked nodes share an offset, so that each of these targets is met.
-    if (script.tree.labelled == script.jump_offset_table.inserted) return result::ok;
     const inst* const elements = script.tree.nodes.begin() + script.tree.walked;
     const inst* walked = script.tree.nodes.begin();
     const inst* element = elements;

@@ -12,7 +12,3 @@ result set_data_block_type(conv& script);
 // Splits each typed block into element nodes. The end of a number block that holds texts becomes
 // a text block. Fails, after an ERROR line, at a block that is not properly ended.
 result parse_data_block(conv& script);
-
-// Makes sure that every jump target is the offset of a node; fails, after an ERROR line, at the
-// first that is not.
-result check_jump_offset_2(const conv& script);

@@ -29,5 +29,5 @@ inline void advance(entry_reader& entry) {
     const std::size_t distance = bytes_before(word);
     entry.offset += static_cast<std::int32_t>(distance) + 1;
     entry.type = type_in(word >> (8 * distance), code_marks);
-    entry.code = script.buffer[static_cast<std::size_t>(entry.offset)];
+    entry.code = conv_byte(script, entry.offset);
 }

@@ -3,7 +3,7 @@
 #include "base/diagnostics.h"
 #include "model/text.h"
 #include "phase2/data_block.h"
-#include "phase2/text_test.h"
+#include "phase2/text_verdict.h"
 
 namespace {
 
@@ -79,7 +79,7 @@ result parse_text_block(block_parser& parser) {
             return result::failed;
         }
         TRACE("data block: offset=%08X, text=%.*s", offset, length,
-              reinterpret_cast<const char*>(script.buffer.data() + offset));
+              reinterpret_cast<const char*>(conv_bytes(script, offset, behind).data()));
         if (behind >= parser.end || conv_byte(script, behind) != 0) {
             return ERROR("data end mark not found: offset=%08X, %08X, type=TEXT", offset, offset);
         }
@@ -107,7 +107,9 @@ bool is_text(const block_parser& parser, std::int32_t offset, text_verdict verdi
     return verdict == all_text;
 }
 
-// Ends the number block at `offset`, where texts begin: they become a text block that follows.
+// Ends the number block at `offset`, where texts begin: they become a text block that follows. Its start
+// is recorded like any other, since the listing labels what the data offset table names and a verbose run
+// counts its entries.
 result begin_text_block(block_parser& parser, std::int32_t offset) {
     WARNING("change data block type ... may not be used: offset=%08X, type=INT16 -> TEXT", offset);
     if (failed(add_data_block(parser.script, offset))) return result::failed;
@@ -123,7 +125,7 @@ result parse_number_block(block_parser& parser) {
     const std::int32_t start = parser.tree.nodes[parser.block].offset;
     INFORMATION(1, "parse data block: offset=%08X-%08X, type=INT16", start, parser.end - 1);
     array<text_verdict> verdicts;
-    if (!options.no_int16_to_text && failed(test_text(script, start, parser.end, verdicts))) return result::failed;
+    if (!options.no_int16_to_text && failed(judge_texts(script, start, parser.end, verdicts))) return result::failed;
 
     for (std::int32_t offset = start; offset < parser.end; offset += 2) {
         if (parser.end - offset == 1) return parse_end_of_numbers(parser, offset);
@@ -152,8 +154,11 @@ result parse_typed_block(conv& script, inst_index& node, std::int32_t end) {
     return outcome;
 }
 
-// The walked node behind all that is nested in a node.
-inst_index behind_subblocks(const inst_tree& tree, inst_index node) {
+bool is_block(const inst& node) { return node.type == DATA || node.type == DATA_TEXT || node.type == DATA_INT16; }
+
+// The walked node behind a block. A block start that was read as a keywords or else statement has a sub
+// block. What that holds lies inside the block: it is neither listed nor split.
+inst_index behind_block(const inst_tree& tree, inst_index node) {
     while (tree.nodes[node].has_subblock) {
         ++node;
         while (tree.nodes[node].next != no_inst) node = tree.nodes[node].next;
@@ -165,6 +170,10 @@ inst_index behind_subblocks(const inst_tree& tree, inst_index node) {
 result parse_block(conv& script, inst_index node, inst_index behind) {
     const inst_tree& tree = script.tree;
     const std::int32_t end = behind == tree.walked ? script.data_size : tree.nodes[behind].offset;
+    if (tree.nodes[node].type == DATA) {
+        report_unknown_block(tree.nodes[node].offset);
+        return result::ok;
+    }
     do {
         if (failed(parse_typed_block(script, node, end))) return result::failed;
         node = tree.nodes[node].next;
@@ -176,15 +185,12 @@ result parse_block(conv& script, inst_index node, inst_index behind) {
 
 result parse_data_block(conv& script) {
     const inst_tree& tree = script.tree;
-    inst_index behind = 0;  // the block before, with all that is nested in it
-    for (const block_start& block : tree.blocks) {
-        if (block.node < behind) continue;
-        behind = behind_subblocks(tree, block.node);
-        if (tree.nodes[block.node].type == DATA) {
-            report_unknown_block(block.offset);
-        } else if (failed(parse_block(script, block.node, behind))) {
-            return result::failed;
-        }
+    inst_index behind = 0;
+    for (inst_index node = 0; node < tree.walked; node = behind) {
+        behind = node + 1;
+        if (!is_block(tree.nodes[node])) continue;
+        behind = behind_block(tree, node);
+        if (failed(parse_block(script, node, behind))) return result::failed;
     }
     return result::ok;
 }

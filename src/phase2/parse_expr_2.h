@@ -5,10 +5,10 @@
 
 #include "phase2/entry_reader.h"
 
-// An operator or function that still waits for operands, the first ones.
+// An operator or function whose operands are being read, the last one first.
 struct open_expr {
-    std::int32_t entry;  // among the expression's entries
-    std::int32_t missing;
+    std::int32_t entry;    // among the expression's entries
+    std::int32_t missing;  // operands, the first ones
 };
 
 // What the builders work with; kept from one expression to the next for its memory.
@@ -16,9 +16,7 @@ struct expr_builder {
     conv& script;
     array<open_expr> open = {};
     std::uint32_t first = 0;       // the expression's first item
-    std::uint32_t lowest = 0;      // the lowest item that an operand may have, behind a ":="
     std::int32_t eval_offset = 0;  // of the "eval" that ends it
-    bool is_plain = true;          // every item's tree was found when the item was taken
     bool names_block = false;      // set when an expression may have an "int32" literal
 };
 

@@ -4,13 +4,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
-#include <numeric>
 #include <set>
 #include <string_view>
 #include <vector>
 
 #include "base/diagnostics.h"
 #include "driver/passes.h"
+#include "driver/rebuild.h"
 #include "output/print_text.h"
 
 namespace {
@@ -80,27 +80,15 @@ std::string check_ends(const listing_run& run, const listing_request& request) {
 void add_printed(const inst_tree& tree, inst_index first, std::vector<std::int32_t>& printed) {
     for (inst_index node = first; node != no_inst; node = tree.nodes[node].next) {
         printed.push_back(tree.nodes[node].offset);
-        if (tree.nodes[node].type == STATEMENT) add_printed(tree, inst_subblock(tree, tree.nodes[node]), printed);
+        if (tree.nodes[node].type == STATEMENT) add_printed(tree, inst_subblock(tree, node), printed);
     }
-}
-
-std::string check_order(const inst_tree& tree, const std::vector<std::int32_t>& printed) {
-    const auto rises_to = [&](const inst& node, inst_index later) {
-        return later == no_inst || node.offset < tree.nodes[later].offset;
-    };
-    for (const inst& node : tree.nodes) {
-        if (!rises_to(node, node.next) || !rises_to(node, inst_subblock(tree, node)))
-            return "a list's offsets do not rise";
-    }
-    const auto fall = std::adjacent_find(printed.begin(), printed.end(), std::greater_equal());
-    return fall == printed.end() ? "" : "the listing goes back";
 }
 
 // No label is defined twice. Each jump target is a node's offset and, where that is listed, has a label.
 std::string check_labels(const listing_run& run, const std::vector<std::int32_t>& printed) {
     std::set<std::size_t> labels;
     for (const std::string_view line : lines_of(view(run.listing))) {
-        if (line.starts_with('L') && !labels.insert(hex_number(line.substr(label_size - 8, 8))).second) {
+        if (line.starts_with('L') && !labels.insert(hex_number(line.substr(6, 8))).second) {
             return "label defined twice: " + std::string(line);
         }
     }
@@ -115,45 +103,123 @@ std::string check_labels(const listing_run& run, const std::vector<std::int32_t>
     return {};
 }
 
-// How often each byte was counted, modulo 256.
-std::vector<std::uint8_t> counted(const conv& script) {
-    std::vector<std::uint8_t> counts(script.buffer.size() + 1);
-    for (const dump_change& change : script.dump_count) {
-        counts[static_cast<std::size_t>(change.offset)] += static_cast<std::uint8_t>(change.change);
+// What the report says of bytes that were dumped so often, modulo 256.
+std::string report_of(const std::vector<std::uint8_t>& counts) {
+    std::string report;
+    for (auto start = counts.begin(), end = start; start != counts.end(); start = end) {
+        end = std::find_if(start, counts.end(), [&](std::uint8_t count) { return count != *start; });
+        char line[64];
+        std::snprintf(line, sizeof line, "dump count = %4d: %08zX - %08zX\n", *start,
+                      static_cast<std::size_t>(start - counts.begin()),
+                      static_cast<std::size_t>(end - counts.begin()) - 1);
+        if (*start != 1) report += line;
     }
-    std::partial_sum(counts.begin(), counts.end(), counts.begin());
-    counts.pop_back();
-    return counts;
+    return report;
 }
 
-// The dump lines show the script's bytes, each as often as was counted; when the report says
-// nothing, they are the script. No other comment reaches the columns of a dump line's characters.
+// The dump lines show the script's bytes, and the report says how often. No other comment reaches the
+// columns of a dump line's characters.
 std::string check_dump(const listing_run& run, bytes_view bytes) {
     std::vector<std::uint8_t> counts(bytes.size());
-    std::vector<std::uint8_t> rebuilt;
     for (const std::string_view line : lines_of(view(run.listing))) {
         constexpr std::size_t columns = 62;
         if (!line.starts_with("; ") || line.size() <= columns) continue;
         std::size_t offset = hex_number(line.substr(2, 8));
         for (std::size_t i = 0; i < line.size() - columns; ++i, ++offset) {
-            rebuilt.push_back(static_cast<std::uint8_t>(hex_number(line.substr(12 + 3 * i, 2))));
-            if (offset >= bytes.size() || bytes[offset] != rebuilt.back()) return "wrong dump: " + std::string(line);
+            const bool is_right = offset < bytes.size() && bytes[offset] == hex_number(line.substr(12 + 3 * i, 2));
+            if (!is_right) return "wrong dump: " + std::string(line);
             ++counts[offset];
         }
     }
-    if (counts != counted(run.script)) return "the dump counts are wrong";
-    const bool has_report = last_line_starts_with(run.messages, "dump count = ");
-    if (has_report == (rebuilt == std::vector(bytes.begin(), bytes.end()))) return "the dump-count report is wrong";
-    return {};
+    const std::string_view messages = view(run.messages);
+    const std::size_t report = std::min(messages.find("dump count = "), messages.size());
+    return messages.substr(report) == report_of(counts) ? "" : "the dump-count report is wrong";
+}
+
+source source_of(std::string_view text) {
+    source copy;
+    if (failed(source_assign(copy, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}))) std::abort();
+    return copy;
+}
+
+// Whether the listing does not show all of the script: a data block hides the branch of the statement
+// that it begins at, or a text that only a jump into a double-byte passage leads to has a zero byte.
+bool hides_bytes(const conv& script, std::size_t printed) {
+    for (const inst& node : script.tree.nodes) {
+        const operand param = inst_param(script.tree, node, 0);
+        const auto start = static_cast<std::uint32_t>(node.offset);
+        if (node.type == TEXT && start + text_of(script, param).size() != param.value) return true;
+    }
+    return printed != script.tree.nodes.size();
+}
+
+// An "eval" inside a reference is in the listing only while its word is not implicit.
+bool has_inner_eval(const conv& script) {
+    const array<expr_item>& items = script.tree.items;
+    for (const operand& param : script.tree.operands) {
+        if (param.type != VARIABLE) continue;
+        for (std::uint32_t i = 0; i < items[param.value].extent; ++i) {
+            const std::int32_t offset = items[param.value - i].offset;
+            const bool is_operator = offset_table_find(script.code_offset_table, offset) == OPERATOR;
+            if (is_operator && conv_byte(script, offset) == OP_EVAL) return true;
+        }
+    }
+    return false;
+}
+
+// What a listing may be refused for: it can be read in two ways, or does not say all.
+bool is_excused(std::string_view text) {
+    for (const char* excuse :
+         {"read in two ways", "was cut at", "no variable can be named by it", "in the jump above it as well"}) {
+        if (text.find(excuse) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
+// The listing comes back as the script, or is refused for what it can't say.
+std::string check_way_back(const listing_run& run, const listing_request& request, bytes_view bytes,
+                           std::size_t printed) {
+    const source listing = source_of(view(run.listing));
+    const source table = source_of(view(run.text_table));
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, request.text_table ? &table : nullptr, script, faults);
+    if (outcome == rebuild_outcome::refused && is_excused(faults.items[0].text.data())) return {};
+    if (outcome == rebuild_outcome::built && std::ranges::equal(script, bytes)) return {};
+    if (hides_bytes(run.script, printed) || (request.options.omit_eval && has_inner_eval(run.script))) return {};
+    if (outcome == rebuild_outcome::built) return "the listing comes back as another script";
+    return "line " + std::to_string(faults.items[0].line) + ": " + faults.items[0].text.data();
 }
 
 std::string check_success(const listing_run& run, const listing_request& request, bytes_view bytes) {
     std::vector<std::int32_t> printed;
     add_printed(run.script.tree, run.script.tree.root, printed);
-    std::string fault = check_order(run.script.tree, printed);
-    if (fault.empty()) fault = check_labels(run, printed);
+    if (std::adjacent_find(printed.begin(), printed.end(), std::greater_equal()) != printed.end()) {
+        return "the listing goes back";
+    }
+    std::string fault = check_labels(run, printed);
     if (fault.empty() && request.dump) fault = check_dump(run, bytes);
-    return fault;
+    return fault.empty() ? check_way_back(run, request, bytes, printed.size()) : fault;
+}
+
+// What the lines of a listing are: the names of statements, "text" for a text and "data" for data.
+std::vector<std::string_view> statements_of(std::string_view listing) {
+    constexpr std::string_view names = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.";
+    std::vector<std::string_view> statements;
+    for (std::string_view line : lines_of(listing)) {
+        line.remove_prefix(std::min(line.find_first_not_of(" \t\r"), line.size()));
+        const std::size_t end = std::min(line.find_first_not_of(names), line.size());
+        std::string_view word = line.substr(0, end);
+        const std::string_view behind = line.substr(end);
+        const bool is_label = !word.empty() && behind.starts_with(":") && !behind.starts_with(":=");
+        if (is_label || line.starts_with(";") || word == ".option") continue;
+        if (line.starts_with("$") || word == "data") word = "decl";
+        if (line.starts_with("\"") || line.starts_with("T")) word = "text";
+        if (word.starts_with(".") || word == "enddata") word = "data";
+        const bool goes_on = !statements.empty() && statements.back() == word && (word == "text" || word == "data");
+        if (!word.empty() && !goes_on) statements.push_back(word);
+    }
+    return statements;
 }
 
 }  // namespace
@@ -187,4 +253,28 @@ std::string check_listing(const listing_request& request, bytes_view bytes) {
                       view(first.text_table) == view(second.text_table) &&
                       view(first.messages) == view(second.messages);
     return same ? "" : "a second run gives something else";
+}
+
+std::string check_rebuild(bytes_view bytes) {
+    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+    const std::size_t end = std::min(text.find("# label"), text.size());
+    const source listing = source_of(text.substr(0, end));
+    const source table = source_of(text.substr(end));
+    array<std::uint8_t> script;
+    fault_list faults;
+    const rebuild_outcome outcome = rebuild(listing, end == text.size() ? nullptr : &table, script, faults);
+    if (outcome == rebuild_outcome::refused && faults.has_errors) return {};
+    if (outcome != rebuild_outcome::built || faults.has_errors) return "the outcome and the faults disagree";
+
+    listing_request request;
+    request.options.game_mode = options.game_mode;
+    request.options.no_int16_to_text = options.no_int16_to_text;
+    request.options.verbosity_parenthesis = true;
+    request.must_succeed = true;
+    std::string fault = check_listing(request, {script.data(), script.size()});
+    if (!fault.empty()) return fault;
+    listing_run again;
+    list_script(again, request, {script.data(), script.size()});
+    const std::string_view read(reinterpret_cast<const char*>(listing.begin()), listing.size);
+    return statements_of(read) == statements_of(view(again.listing)) ? "" : "what was accepted lists otherwise";
 }

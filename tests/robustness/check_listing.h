@@ -20,3 +20,7 @@ listing_request request_of(unsigned first, unsigned second);
 // Lists a script in memory, twice, through the same passes as the tool, and checks what came out.
 // Returns what is wrong with it; nothing when all is well.
 std::string check_listing(const listing_request& request, std::span<const std::uint8_t> bytes);
+
+// Makes a script of a listing in memory, behind which "# label" begins a text table, and lists what is
+// accepted again. Returns what is wrong; nothing when the listing is refused.
+std::string check_rebuild(std::span<const std::uint8_t> bytes);

@@ -15,4 +15,4 @@ inline constexpr text_verdict no_text = -2;
 // once and in a time proportional to the block. Verdict k is that of start + 2 * k. The rest of a
 // block is text when it consists of NUL-terminated texts without control characters up to `end`
 // or up to an "enddata" byte there. Fails, after its message, when memory runs out.
-result test_text(const conv& script, std::int32_t start, std::int32_t end, array<text_verdict>& verdicts);
+result judge_texts(const conv& script, std::int32_t start, std::int32_t end, array<text_verdict>& verdicts);

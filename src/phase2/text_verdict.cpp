@@ -1,4 +1,4 @@
-#include "phase2/text_test.h"
+#include "phase2/text_verdict.h"
 
 #include "base/diagnostics.h"
 #include "model/text.h"
@@ -66,9 +66,9 @@ void step_back(text_judge& judge, std::int32_t position) {
 
 }  // namespace
 
-result test_text(const conv& script, std::int32_t start, std::int32_t end, array<text_verdict>& verdicts) {
+result judge_texts(const conv& script, std::int32_t start, std::int32_t end, array<text_verdict>& verdicts) {
     const std::size_t count = (static_cast<std::size_t>(end - start) + 1) / 2;
-    if (!verdicts.assign_unset(count)) return ERROR("memory exhausted! (size=%zu)", count * sizeof(text_verdict));
+    if (!verdicts.assign_unset(count)) return memory_exhausted(count * sizeof(text_verdict));
     text_judge judge = {script, end, {.end = end}, {.state = text_rest::unclosed}};
     for (std::int32_t position = end - 1; position >= start; --position) {
         step_back(judge, position);
