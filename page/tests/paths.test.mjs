@@ -291,7 +291,7 @@ path("6: texts are changed in their table; all that changed leaves as a zip", as
   await seen(page, "#text-fault", "between { and }");
   await replace('Both eyes {猫} are "open".\nNow.\n');
   await page.click("#text-apply");
-  await seen(page, "#download-changed", "Download changed (1)");
+  await seen(page, "#download-changed", "Changed (1) ↓");
   await page.click("#texts-undo");
   await page.waitForSelector("#download-changed[hidden]");
   await page.focus("#texts .table");
@@ -300,7 +300,7 @@ path("6: texts are changed in their table; all that changed leaves as a zip", as
   await page.$eval("#text-edit", (element) => element.select());
   await page.keyboard.sendCharacter('Both eyes {猫} are "open".\nNow.\n');
   await page.click("#text-apply");
-  await seen(page, "#download-changed", "Download changed (1)");
+  await seen(page, "#download-changed", "Changed (1) ↓");
   const { name, bytes } = await downloaded(page, "#download-changed");
   const files = unzipSync(bytes);
   assert.deepEqual([name, Object.keys(files)], ["changed-scripts.zip", ["lantern-keeper.scr"]]);

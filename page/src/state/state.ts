@@ -58,11 +58,17 @@ export interface Fault {
   readonly message: string;
 }
 
+// How a listing is shown, whatever its options.
+export interface Look {
+  readonly bytes: boolean; // beside it
+  readonly wrap: boolean; // long lines
+}
+
 export interface State {
   readonly scripts: readonly Script[];
   readonly game: Game;
   readonly options: ReadonlySet<ListOption>;
-  readonly showsBytes: boolean; // beside the listing
+  readonly look: Look;
   readonly place: Place | null; // what is open and where
   readonly view: View;
   readonly shown: Shown | null;
@@ -79,7 +85,7 @@ export const initialState = (game: Game): State => ({
   scripts: [],
   game,
   options: new Set(),
-  showsBytes: false,
+  look: { bytes: false, wrap: false },
   place: null,
   view: "scripts",
   shown: null,
@@ -116,7 +122,7 @@ export type Message =
   | { is: "scriptsChanged"; changes: ReadonlyMap<number, ScriptChange> }
   | { is: "gameChosen"; game: Game }
   | { is: "optionsChosen"; options: ReadonlySet<ListOption> }
-  | { is: "bytesShown"; showsBytes: boolean }
+  | { is: "lookChosen"; look: Look }
   | { is: "viewChosen"; view: View }
   | { is: "wentTo"; place: Place; leftAt?: number } // the line that was left
   | { is: "wentBack" }
@@ -147,8 +153,8 @@ export function update(state: State, message: Message): State {
       return { ...state, game: message.game };
     case "optionsChosen":
       return { ...state, options: message.options };
-    case "bytesShown":
-      return { ...state, showsBytes: message.showsBytes };
+    case "lookChosen":
+      return { ...state, look: message.look };
     case "viewChosen":
       return { ...state, view: message.view };
     case "wentTo": {

@@ -48,7 +48,7 @@ export function drawBar(workbench: Workbench, editing: Editing): void {
     drawProgress(progress);
     byId("resume").hidden = progress !== null || scripts.every((script) => script.summary !== null);
     saveAll.hidden = !scripts.some(hasChange);
-    saveAll.textContent = `Download changed (${scripts.filter(hasChange).length})`;
+    saveAll.textContent = `Changed (${scripts.filter(hasChange).length}) ↓`;
     document.title = scripts.some(hasUnsaved) ? "• varsul" : "varsul";
   };
   store.listen(draw);

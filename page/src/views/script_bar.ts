@@ -39,12 +39,11 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     });
     return { option, box, line: element("label", { title: hint }, box, label) };
   });
-  const beside = element("input", {
-    type: "checkbox",
-    id: "option-beside",
-    on: { change: () => store.send({ is: "bytesShown", showsBytes: beside.checked }) },
+  const looks = (["bytes", "wrap"] as const).map((name) => {
+    const change = () => store.send({ is: "lookChosen", look: { ...store.state.look, [name]: box.checked } });
+    const box = element("input", { type: "checkbox", id: `look-${name}`, on: { change } });
+    return element("label", {}, box, name === "bytes" ? "Bytes beside" : "Wrap long lines");
   });
-  const besideLine = element("label", { title: "Show the first bytes of each line beside it" }, beside, "Bytes beside");
   const optionNote = element("p", {
     className: "quiet",
     textContent: "Rebuild or discard your changes to switch these.",
@@ -53,7 +52,8 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
   const panel = element(
     "div",
     { className: "menu options", popover: "auto", id: "options-panel" },
-    besideLine,
+    ...looks,
+    element("hr"),
     ...boxes.map((box) => box.line),
     optionNote,
   );
@@ -65,11 +65,11 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     panel.style.left = `${Math.max(8, right - panel.offsetWidth)}px`;
     panel.style.top = `${bottom + 4}px`;
   });
-  const saveListing = button("Listing", () => saveShown("listing"), {
+  const saveListing = button("Listing ↓", () => saveShown("listing"), {
     id: "download-listing",
     title: "Download the listing",
   });
-  const saveTable = button("Text table", () => saveShown("table"), {
+  const saveTable = button("Texts ↓", () => saveShown("table"), {
     id: "download-table",
     title: "Download the text table",
   });
@@ -98,8 +98,8 @@ export function drawScriptBar(place: HTMLElement, workbench: Workbench, editing:
     className: "is-main",
     title: "Make a script of the listing",
   });
-  const save = button("Download script", () => editing.downloadScript(), { id: "download" });
-  const close = button("Close", () => closeScript(), { id: "close", title: "Close this script" });
+  const save = button("Script ↓", () => editing.downloadScript(), { id: "download", title: "Download the script" });
+  const close = button("×", () => closeScript(), { id: "close", ariaLabel: "Close", title: "Close this script" });
   const closeScript = () => {
     const script = openScript(store.state);
     if (!script) return;

@@ -3,7 +3,15 @@ import { defaultKeymap, history, historyKeymap, isolateHistory } from "@codemirr
 import { bracketMatching, foldKeymap, syntaxTree } from "@codemirror/language";
 import { lintGutter, lintKeymap, setDiagnostics, type Diagnostic } from "@codemirror/lint";
 import { highlightSelectionMatches, search, searchKeymap } from "@codemirror/search";
-import { Annotation, EditorSelection, EditorState, StateEffect, StateField, type Text } from "@codemirror/state";
+import {
+  Annotation,
+  Compartment,
+  EditorSelection,
+  EditorState,
+  StateEffect,
+  StateField,
+  type Text,
+} from "@codemirror/state";
 import {
   Decoration,
   drawSelection,
@@ -41,6 +49,8 @@ const arrival = StateField.define<DecorationSet>({
   },
   provide: (field) => EditorView.decorations.from(field),
 });
+
+const wrapping = new Compartment();
 
 // Marks a change that comes from the state, not from the user.
 const fromState = Annotation.define<boolean>();
@@ -93,6 +103,7 @@ export class ListingView {
       doc,
       extensions: [
         EditorView.cspNonce.of(document.body.dataset.nonce ?? ""),
+        wrapping.of(this.workbench.store.state.look.wrap ? EditorView.lineWrapping : []),
         lineNumbers(),
         bytesGutters,
         lintGutter(),
@@ -143,13 +154,19 @@ export class ListingView {
     if (!isVisible) return;
     if (state.shown !== this.shown) this.drawListing(state);
     else this.drawDraft(state);
-    this.parent.classList.toggle("shows-bytes", state.showsBytes);
+    this.drawLook(state.look);
     if (state.faults !== this.faults) this.drawFaults(state);
     if (state.place !== this.place && this.shown && this.shown.id === state.place?.id) {
       this.place = state.place;
       if (state.place.line) this.arrive(state.place.line);
       this.view.focus();
     }
+  }
+
+  private drawLook(look: State["look"]): void {
+    this.parent.classList.toggle("shows-bytes", look.bytes);
+    if (look.wrap === this.view.lineWrapping) return;
+    this.view.dispatch({ effects: wrapping.reconfigure(look.wrap ? EditorView.lineWrapping : []) });
   }
 
   private drawListing(state: State): void {

@@ -9,6 +9,7 @@ const carried = [
   "font-weight",
   "font-style",
   "text-anchor",
+  "paint-order",
   "opacity",
 ];
 
