@@ -41,11 +41,11 @@ interface Exit {
   readonly conditions: readonly string[];
 }
 
-const inputs: Readonly<Record<string, string>> = {
-  input: "a number is asked for",
-  inputnum: "a number is asked for",
-  inputstr: "a word is asked for",
-};
+const inputs = new Map([
+  ["input", "a number is asked for"],
+  ["inputnum", "a number is asked for"],
+  ["inputstr", "a word is asked for"],
+]);
 
 // Statements that are not worth a word in the picture.
 const silent = new Set([
@@ -120,7 +120,7 @@ class Builder {
     else if (name === "sident") this.say(statement, "action", text ?? "");
     else if (name === "slook") this.say(statement, "look", text ?? "");
     else if (name === "dprint") this.say(statement, "table", this.tableText(statement));
-    else if (name in inputs) this.say(statement, "input", inputs[name]!);
+    else if (inputs.has(name)) this.say(statement, "input", inputs.get(name)!);
     else if (name === "ask" || name === "askc") this.cardAt(statement).asks = true;
     else if (name === "jump") this.jump(statement);
     else if (name === "bye" || name === "end") this.finish(statement);

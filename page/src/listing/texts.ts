@@ -3,14 +3,14 @@ import type { Kind, TextRow } from "../script/script";
 import { keywordsOf, readable, type Outline, type Statement } from "./outline";
 import { escape, quotedLines, unescape } from "./quoting";
 
-const kinds: Readonly<Record<string, Kind>> = {
-  text: "spoken",
-  keywords: "keyword",
-  askc: "keyword",
-  sident: "name",
-  slook: "look",
-  ".data": "table",
-};
+const kinds = new Map<string, Kind>([
+  ["text", "spoken"],
+  ["keywords", "keyword"],
+  ["askc", "keyword"],
+  ["sident", "name"],
+  ["slook", "look"],
+  [".data", "table"],
+]);
 
 // How many texts a text table has, between its head and its end.
 export const textCount = (table: string) => Math.max(0, table.split("\n").length - 3);
@@ -30,7 +30,7 @@ export function textRows(table: string, outline: Outline): TextRow[] {
       label: fields[1]!,
       offset: parseInt(fields[2]!, 16),
       text: unescape(fields[3]!),
-      kind: kinds[statement.name] ?? "spoken",
+      kind: kinds.get(statement.name) ?? "spoken",
       place: place.join(" › "),
       line: statement.line,
     });

@@ -137,7 +137,7 @@ export class Editing {
       if (!(await this.build(script.id))) return this.workbench.notice(`${script.path} can't be rebuilt yet.`);
     }
     const scripts = changed();
-    const files: Record<string, Bytes> = {};
+    const files = Object.create(null) as Record<string, Bytes>;
     for (const script of scripts) files[freeName(script.path, files)] = script.bytes;
     download("changed-scripts.zip", new Uint8Array(zipSync(files)), "application/zip");
     const changes = new Map(scripts.map((script) => [script.id, { isSaved: true }]));
