@@ -4,7 +4,7 @@ r"""Runs the tool on written-down cases and compares all that it hands out.
     golden_test.py TOOL FILE...             tests each run of the files
     golden_test.py --update TOOL FILE...    rewrites what the runs hand out, for review in the diff, but
                                             leaves a run alone whose status would change
-    golden_test.py --seeds FOLDER FILE...   writes the files' scripts as seeds of the fuzz target
+    golden_test.py --seeds FOLDER FILE...   writes the files' scripts and listings as seeds of the fuzz targets
 
 A FILE.case holds cases of one or more runs, each followed by what it hands out:
 
@@ -15,6 +15,11 @@ A FILE.case holds cases of one or more runs, each followed by what it hands out:
                               first; further lines are indented, comments begin with "#", and
                               3*(A1 01 A7) stands for three times what is in parentheses
     arguments: --version      runs a whole command line, without a script
+    table: # label ...        the file "table" of the runs of varsul-as below
+    listing: ...              runs varsul-as on a listing, with --check if there are no options. The further
+                              lines are shifted by one blank, and what is shown as \\x and two hex digits is
+                              that byte. The usual first and last lines are added where the first is missing
+    as-arguments: --version   runs a whole command line of varsul-as
     | a line of standard output
     ! a line of standard error; a source line is shown as "*", as is a node's identity behind "next="
     NAME| a line of the file NAME, which the run leaves
@@ -29,7 +34,7 @@ lists it. FILE.lst is its listing, FILE.txt its text table.
 import collections, difflib, os, pathlib, re, subprocess, sys, tempfile
 
 HEAD, END = b"; id: 07(7)\n    .option --kv\n", b"; END\n"
-ENTRY = re.compile(r"^(===|\w+:)(.*\n(?: .*\n)*)((?:(?:!|[\w-]*\|).*\n|\n(?=[!|]))*)", re.M)
+ENTRY = re.compile(r"^(===|[\w-]+:)(.*\n(?: .*\n)*)((?:(?:!|[\w-]*\|).*\n|\n(?=[!|]))*)", re.M)
 Run = collections.namedtuple("Run", "name command status start end")  # the span of what it hands out
 
 
@@ -44,30 +49,46 @@ def script_bytes(source):
     return data
 
 
+def listing_bytes(source):
+    data = re.sub(r"^ ", "", source.lstrip(" ").removeprefix("\n"), flags=re.M).encode("cp932")
+    return re.sub(rb"\\x([0-9A-F]{2})", lambda match: bytes.fromhex(match[1].decode()), data)
+
+
 def runs_of(path):
     """Yields the runs of a case file. Their commands are the further arguments of run_tool."""
     for match in ENTRY.finditer(path.read_text()):
         key, value, _ = match.groups()
         words = re.sub("#.*", "", value).split()
         if key == "===":
-            title, options, status = value, [], "0"
+            title, options, status, table = value, [], "0", b""
         elif key == "options:":
             options = words
         elif key == "status:":
             status = value.strip()
+        elif key == "table:":
+            table = listing_bytes(value)
         else:
             command = ([*options, "script"], script_bytes(value)) if key == "script:" else (words,)
+            if key == "listing:":
+                listing = listing_bytes(value)
+                usual = listing if listing.startswith(b"; id: ") else HEAD + listing + END
+                command = ([*(options or ["--check"]), "listing"], None, {"listing": usual, "table": table})
+            elif key == "as-arguments:":
+                command = (words, None, {"listing": HEAD + b"    bye\n" + END})
             yield Run(f"{path.name}:{title}{key}{value}", command, status, *match.span(3))
 
 
-def run_tool(tool, arguments, script=None):
-    """Returns the exit status and what was written, by file; standard output is "", standard error is "messages"."""
+def run_tool(tool, arguments, script=None, sources=None):
+    """Returns the exit status and what was written, by file; standard output is "", standard error is "messages". Where
+    there are sources, varsul-as reads them."""
+    given = {"script": script} if script is not None else sources or {}
+    program = f"{os.path.abspath(tool)}-as" if sources else os.path.abspath(tool)
     with tempfile.TemporaryDirectory() as folder:
-        file = pathlib.Path(folder, "script")
-        if script is not None:
-            file.write_bytes(script)
-        run = subprocess.run([os.path.abspath(tool), *arguments], cwd=folder, input=b"", capture_output=True, timeout=120)
-        file.unlink(missing_ok=True)
+        for name, data in given.items():
+            pathlib.Path(folder, name).write_bytes(data)
+        run = subprocess.run([program, *arguments], cwd=folder, input=b"", capture_output=True, timeout=120)
+        for name in given:
+            pathlib.Path(folder, name).unlink()
         files = {file.name: file.read_bytes() for file in sorted(pathlib.Path(folder).iterdir())}
         return run.returncode, {"": run.stdout, **files, "messages": run.stderr}
 
@@ -130,9 +151,18 @@ def check_example(tool, path, update):
 
 
 def write_seeds(folder, *paths):
-    """Each script in the three game modes, once with dump and text table alone and once with all the other options."""
+    """Each script in the three game modes, once with dump and text table alone and once with all the other options, and
+    beside them the listings."""
+    listings = folder.with_name("listings")
     folder.mkdir(exist_ok=True)
+    listings.mkdir(exist_ok=True)
     for path in paths:
+        for i, run in enumerate(runs_of(path)):
+            if len(run.command) == 3:
+                (listings / f"{path.stem}.{i}").write_bytes(b"".join(run.command[2].values()))
+        if path.suffix == ".lst":
+            (listings / path.name).write_bytes(path.read_bytes())
+            continue
         commands = [run.command for run in runs_of(path)] or [(path, script_bytes(path.read_text()))]
         for i, (_, script) in enumerate(command for command in commands if len(command) == 2):
             for mode in range(3):

@@ -20,7 +20,6 @@ struct line_start {
 struct dump_start {
     std::uint32_t listed;
     std::uint32_t offset;
-    std::uint32_t position;
 };
 
 // Bytes of ".unknown" lines that follow one another.

@@ -59,6 +59,7 @@ void note(comparer& check, const line_start* line, bool is_among_data, const cha
 }
 
 constexpr const char* other_form = "this data would be listed in another form";
+constexpr const char* otherwise = "this line would be listed otherwise";
 
 // A line whose bytes would belong to the one before it.
 void note_swallowed(comparer& check, const new_line& around) {
@@ -90,8 +91,7 @@ bool goes_on_properly(const comparer& check, const new_line& text) {
 
 void expect(comparer& check, const new_line& expected) {
     for (; check.has_line_below(expected.offset); ++check.line) {
-        note(check, check.line, false,
-             "this line would not be listed: a data block begins at the line that governs it");
+        note(check, check.line, false, otherwise);
     }
     if (check.has_line_below(expected.offset + 1)) {
         compare_kinds(check, expected);
@@ -99,7 +99,7 @@ void expect(comparer& check, const new_line& expected) {
     } else {
         const line_start* const before = check.line - 1;
         const bool is_among_data = are_data(check, *before, expected);
-        note(check, before, is_among_data, is_among_data ? other_form : "this line would be listed as two");
+        note(check, before, is_among_data, is_among_data ? other_form : otherwise);
     }
     for (; check.has_line_below(expected.end); ++check.line) {
         if (!goes_on_properly(check, expected)) note_swallowed(check, expected);
@@ -146,7 +146,7 @@ difference compare_lines(const assembly& from, const conv& script) {
         }
     }
     while (check.has_line_below(script_size(from) + 1)) {
-        note(check, check.line++, false, "this line would not be listed");
+        note(check, check.line++, false, otherwise);
     }
     return check.found;
 }

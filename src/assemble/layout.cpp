@@ -125,7 +125,8 @@ void check_dumped_overlaps(assembly& to) {
         const dump_start& behind = to.dumps[i];
         const bool is_jump = behind.offset - jump.offset == jump_size && to.script[jump.offset] == OP_JUMP;
         const std::uint32_t shown = behind.listed - jump.listed;
-        if (is_jump && shown != 0 && shown < jump_size) (void)report_overlap(to, behind.position);
+        if (is_jump && shown != 0 && shown < jump_size)
+            (void)report_overlap(to, find_line(to, behind.offset)->position);
     }
 }
 

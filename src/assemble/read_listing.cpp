@@ -367,11 +367,11 @@ result read_comment(listing_state& state) {
         for (int i = 2; i < 10; ++i) {
             listed = listed << 4 | static_cast<std::uint32_t>(start[i] <= '9' ? start[i] - '0' : start[i] - 'A' + 10);
         }
-        if (!read.to.dumps.push_back({listed, script_size(read.to), position_of(read, start)})) return exhaust(read);
+        if (!read.to.dumps.push_back({listed, script_size(read.to)})) return exhaust(read);
         return result::ok;
     }
     const std::uint8_t* const end = start + (has_offset ? 12 : 2);
-    state.has_end = (has_offset || start[1] == ' ') && starts_with(end, "END") && (is_blank(end[3]) || end[3] == '\n');
+    state.has_end |= (has_offset || start[1] == ' ') && starts_with(end, "END") && (is_blank(end[3]) || end[3] == '\n');
     return result::ok;
 }
 
@@ -405,12 +405,6 @@ const std::uint8_t* find_cut_line(const source& listing) {
     return line;
 }
 
-const std::uint8_t* find_last_character(const source& listing) {
-    const std::uint8_t* last = listing.end();
-    while (last != listing.begin() && (last[-1] == '\n' || is_blank(last[-1]))) --last;
-    return last == listing.begin() ? last : last - 1;
-}
-
 void skip_indentation(reader& read) {
     while (starts_with(read.at, "    ")) read.at += 4;
     skip_blanks(read);
@@ -436,9 +430,9 @@ void read_listing(assembly& to) {
     }
     if (state.passage != nullptr) (void)report_open_passage(read, state.passage);
     if (!state.has_end) {
-        (void)fault_at(read, find_last_character(to.listing),
+        (void)fault_at(read, last_character(to.listing),
                        "no end line, \"; END\", follows: a part of the listing is missing");
     } else if (to.script.empty() && !to.faults.has_errors) {
-        (void)fault_at(read, find_last_character(to.listing), "no line of this listing gives a byte to the script");
+        (void)fault_at(read, last_character(to.listing), "no line of this listing gives a byte to the script");
     }
 }

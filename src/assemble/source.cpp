@@ -22,3 +22,10 @@ result source_assign(source& text, std::span<const std::uint8_t> bytes) {
     (void)text.bytes.append(bytes.data(), bytes.size());
     return source_finish(text);
 }
+
+const std::uint8_t* last_character(const source& text) {
+    const std::uint8_t* last = text.end();
+    while (last != text.begin() && (last[-1] == '\n' || last[-1] == '\r' || last[-1] == '\t' || last[-1] == ' '))
+        --last;
+    return last == text.begin() ? last : last - 1;
+}

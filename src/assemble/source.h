@@ -27,3 +27,6 @@ result source_finish(source& text);
 
 // Copies the bytes of a whole file; the same failure.
 result source_assign(source& text, std::span<const std::uint8_t> bytes);
+
+// The last character that is no blank and ends no line, or the start of an empty file.
+const std::uint8_t* last_character(const source& text);

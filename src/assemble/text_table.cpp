@@ -106,7 +106,8 @@ result read_text_table(text_table& table, fault_list& faults) {
         if (failed(read_row(table, faults, line, bytes)) && faults.count == count) return result::failed;
     }
     if (!has_end) {
-        (void)report(table, faults, end, "the text table has no end line, \"# end\": a part of it is missing");
+        (void)report(table, faults, last_character(table.file),
+                     "no end line, \"# end\", follows: a part of the text table is missing");
     }
     sort_rows(table, faults);
     return result::ok;

@@ -15,22 +15,19 @@ struct explanation {
 };
 constexpr explanation explanations[] = {
     {"'endif' not found", "this 'if' or 'else' has no 'endif'"},
-    {"'endanswer' not found", "this 'keywords' has no 'endanswer'"},
     {"keywards without answer", "nothing follows this 'keywords'"},
     {"nesting too deep", "blocks are nested too deep here"},
     {"illegal jump offset", "a jump leads here, where no statement or text begins"},
     {"illegal data block offset", "what lies here is named as a data block of another kind, or is no data block"},
-    {"can't find data block", "a data block is named that begins inside of this line"},
     {"type=TEXT", "this data block is used as one of texts: what stands here is read as a text without its end"},
     {"type=INT16", "this data block is used as one of numbers: at its end a byte is left over"},
-    {"code break by data block", "a data block is named that begins inside of this line"},
     {"'eval' not found", "what lies here is neither code nor named as data"},
 };
 
 // The failure is the first error behind the last one that the passes got over.
 std::string_view find_failure(std::string_view messages) {
     const std::size_t recovered = messages.rfind("error recovery ...");
-    const std::size_t start = messages.find("ERROR(", recovered == std::string_view::npos ? 0 : recovered);
+    const std::size_t start = messages.find("ERROR", recovered == std::string_view::npos ? 0 : recovered);
     if (start == std::string_view::npos) return {};
     return messages.substr(start, messages.find('\n', start) - start);
 }

@@ -70,7 +70,7 @@ result rebuild_files(const command_line_as& line) {
     fault_list faults;
     const rebuild_outcome outcome = rebuild(listing, line.table == nullptr ? nullptr : &table, script, faults);
     diagnostics.open(STDERR_FILENO);
-    if (outcome == rebuild_outcome::exhausted) return RUN_ERROR("memory exhausted");
+    if (outcome == rebuild_outcome::exhausted) return report_exhausted();
     print_faults(faults, line, listing, table);
     if (outcome == rebuild_outcome::refused) return result::failed;
     return line.script == nullptr ? result::ok : replace_file(line.script, {script.data(), script.size()});

@@ -28,7 +28,7 @@ result read_all(array<std::uint8_t>& bytes, int descriptor, std::size_t expected
     constexpr std::size_t behind = 64;  // so that an ordinary file's end shows without growing
     for (std::size_t room = expected + behind;; room = std::size_t{64} * 1024) {
         std::uint8_t* to = bytes.extend(room);
-        if (to == nullptr) return RUN_ERROR("memory exhausted");
+        if (to == nullptr) return report_exhausted();
         while (room > 0) {
             const ssize_t count = read(descriptor, to, room);
             if (count < 0 && errno == EINTR) continue;
@@ -104,6 +104,8 @@ result write_over(const char* name, std::span<const std::uint8_t> bytes) {
 
 }  // namespace
 
+failure report_exhausted() { return RUN_ERROR("memory exhausted"); }
+
 result load_source(source& text, const char* name, file_identity& identity) {
     const file opened(is_dash(name) ? dup(STDIN_FILENO) : open(name, O_RDONLY | O_CLOEXEC | O_NOCTTY));
     struct stat status {};
@@ -112,7 +114,7 @@ result load_source(source& text, const char* name, file_identity& identity) {
     const bool is_small = identity.is_regular && static_cast<std::uint64_t>(status.st_size) <= max_source_size;
     const std::size_t expected = is_small ? static_cast<std::size_t>(status.st_size) : 0;
     if (failed(read_all(text.bytes, opened.descriptor(), expected, name))) return result::failed;
-    return failed(source_finish(text)) ? RUN_ERROR("memory exhausted") : result::ok;
+    return failed(source_finish(text)) ? report_exhausted() : result::ok;
 }
 
 bool is_file(const file_identity& identity, const char* name) {

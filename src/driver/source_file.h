@@ -14,6 +14,9 @@ struct file_identity {
     bool is_regular = false;
 };
 
+// Reports that memory ran out.
+failure report_exhausted();
+
 // Reads a whole file, or standard input when the name is "-". Fails after its message.
 result load_source(source& text, const char* name, file_identity& identity);
 
