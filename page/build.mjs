@@ -2,7 +2,7 @@
 //
 //     node build.mjs WASM OUTPUT      (the library compiled by wasm/, the page to write)
 import { createHash } from "node:crypto";
-import { readFileSync, writeFileSync } from "node:fs";
+import { readdirSync, readFileSync, writeFileSync } from "node:fs";
 import { dirname, join, resolve } from "node:path";
 import { fileURLToPath } from "node:url";
 import { buildParserFile } from "@lezer/generator";
@@ -41,9 +41,36 @@ export const common = {
   loader: { ".scr": "binary" },
 };
 
+const packages = new Set(); // that the page is bundled with, by their folders
+
 async function bundle(entry, define = {}) {
-  const result = await build({ ...common, entryPoints: [join(here, entry)], define });
+  const result = await build({
+    ...common,
+    entryPoints: [join(here, entry)],
+    define,
+    metafile: true,
+    absWorkingDir: here,
+  });
+  for (const input of Object.keys(result.metafile.inputs)) {
+    const [folder] = /^node_modules\/(@[^/]+\/)?[^/]+/.exec(input) ?? [];
+    if (folder) packages.add(folder);
+  }
   return result.outputFiles[0].text;
+}
+
+// What the authors of a package ask to be said: its licence, or the notice that heads its code.
+function noticeOf(folder) {
+  const {
+    name,
+    version,
+    license,
+    main = "dist/viz.js",
+  } = JSON.parse(readFileSync(join(here, folder, "package.json"), "utf8"));
+  const file = readdirSync(join(here, folder)).find((name) => /^licen[cs]e/i.test(name));
+  const text = file
+    ? readFileSync(join(here, folder, file), "utf8")
+    : /\/\*!\n([^]*?)\*\//.exec(readFileSync(join(here, folder, main), "utf8"))[1];
+  return `${name} ${version} (${license})\n\n${text.trim()}\n`;
 }
 
 // Inside a script element nothing may look like its end.
@@ -59,6 +86,10 @@ async function page(wasm, version) {
     VERSION: JSON.stringify(version),
   };
   const code = inScript(await bundle("src/main.ts", workers));
+  const notices = [...packages]
+    .sort()
+    .map(noticeOf)
+    .join(`\n${"-".repeat(72)}\n\n`);
   const style = (await build({ ...common, entryPoints: [join(here, "src/style.css")] })).outputFiles[0].text;
   const nonce = createHash("sha256").update(code).digest("hex").slice(0, 32);
   const policy = [
@@ -70,7 +101,7 @@ async function page(wasm, version) {
     "base-uri 'none'",
     "form-action 'none'",
   ].join("; ");
-  const parts = { policy, style, code, nonce };
+  const parts = { policy, style, code, nonce, notices: inScript(notices) };
   return readFileSync(join(here, "src/index.html"), "utf8").replace(/\{\{(\w+)\}\}/g, (_, name) => parts[name]);
 }
 

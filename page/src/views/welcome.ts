@@ -4,7 +4,7 @@ import orchard from "../../../examples/clockwork-orchard.scr";
 import ferry from "../../../examples/salt-ferry.scr";
 import { gameNames, type Bytes, type Game } from "../script/script";
 import type { Workbench } from "../state/workbench";
-import { button, element } from "../ui/dom";
+import { button, byId, element } from "../ui/dom";
 
 interface Example {
   readonly path: string;
@@ -63,7 +63,12 @@ export function drawWelcome(place: HTMLElement, workbench: Workbench): void {
     openers,
     element("h3", { textContent: "Or look at an example" }),
     list,
-    element("p", { className: "quiet", textContent: `varsul ${VERSION}` }),
+    element(
+      "p",
+      { className: "quiet" },
+      `varsul ${VERSION} · `,
+      button("What it is made of", showNotices, { className: "link" }),
+    ),
   );
   const draw = () => (place.hidden = store.state.scripts.length > 0);
   store.listen(draw);
@@ -80,4 +85,20 @@ function card({ path, title, about, game, bytes }: Example, workbench: Workbench
     element("small", { textContent: gameNames[game] }),
   );
   return made;
+}
+
+// The licences of what the page is made of.
+function showNotices(): void {
+  const text = element("pre", { textContent: byId("notices").textContent, tabIndex: 0 });
+  const dialog = element("dialog", { ariaLabel: "What the page is made of" }, text);
+  dialog.append(
+    element(
+      "div",
+      { className: "dialog-buttons" },
+      button("Close", () => dialog.close()),
+    ),
+  );
+  dialog.addEventListener("close", () => dialog.remove());
+  document.body.append(dialog);
+  dialog.showModal();
 }
