@@ -69,8 +69,7 @@ test("texts stay texts in every view", { timeout: 60_000 }, async () => {
   const found = await page.evaluate(() => ({
     harmed: "harmed" in window,
     scripts: document.scripts.length,
-    elements: document.querySelectorAll("img, iframe, b, foreignObject, svg [onload], [onerror]")
-      .length,
+    elements: document.querySelectorAll("img, iframe, b, foreignObject, svg [onload], [onerror]").length,
   }));
   assert.deepEqual(found, { harmed: false, scripts: 2, elements: 0 });
   assert.deepEqual(page.faults, []);

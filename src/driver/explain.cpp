@@ -17,6 +17,7 @@ constexpr explanation explanations[] = {
     {"'endif' not found", "this 'if' or 'else' has no 'endif'"},
     {"keywards without answer", "nothing follows this 'keywords'"},
     {"nesting too deep", "blocks are nested too deep here"},
+    {"end of buffer", "the script ends before this statement or its block does"},
     {"illegal jump offset", "a jump leads here, where no statement or text begins"},
     {"illegal data block offset", "what lies here is named as a data block of another kind, or is no data block"},
     {"type=TEXT", "this data block is used as one of texts: what stands here is read as a text without its end"},

@@ -24,12 +24,12 @@ enum class text_item : std::uint8_t {
 };
 inline text_item text_item_at(bool in_passage, std::uint8_t byte, std::uint8_t next) {
     if (in_passage) {
-        if (code_types[byte] == MB_OUT) return text_item::closes;
+        if (code_info[byte].type == MB_OUT) return text_item::closes;
         if (!is_lead_byte(byte)) return text_item::single;
         return is_trail_byte(next) ? text_item::pair : text_item::half;
     }
-    if (code_types[byte] == TEXT) return text_item::single;
-    return code_types[byte] == MB_IN ? text_item::opens : text_item::none;
+    if (code_info[byte].type == TEXT) return text_item::single;
+    return code_info[byte].type == MB_IN ? text_item::opens : text_item::none;
 }
 
 // The letter that stands behind a backslash for a byte that a listing escapes, 0 for any other byte,

@@ -343,7 +343,7 @@ result walk_expression(block_walk& block) {
 
 // One step of a walk: whatever begins with the byte `code` at the cursor.
 result walk_step(block_walk& block, std::uint8_t code) {
-    switch (code_types[code]) {
+    switch (code_info[code].type) {
         case TEXT:
         case MB_IN: return walk_text_run(block);
         case STATEMENT:

@@ -1,16 +1,19 @@
 // Runs in which the n-th allocation fails, for every n. The linker's --wrap leads the product's
 // allocations through the functions below.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <span>
 #include <sstream>
 #include <string_view>
 #include <vector>
 
 #include "driver/run.h"
+#include "driver/run_as.h"
 
 namespace {
 
@@ -65,23 +68,28 @@ struct outcome {
     std::string messages = read_file("messages");
 };
 
-// Runs the tool in this process, which keeps its own standard output and error.
-outcome run_here(long failing) {
-    const char* const arguments[] = {"varsul", "script",   "-o", "listing", "-t", "text",
-                                     "-E",     "messages", "-d", "-V",      "-V"};
-    for (const char* const name : {"listing", "text", "messages"}) std::remove(name);
+// Runs a program in this process, which keeps its own standard output and error.
+int run_program(int (*program)(int, const char* const*), std::span<const char* const> arguments, long failing) {
     const int saved[] = {dup(1), dup(2)};
+    dup2(open("messages", O_WRONLY | O_CREAT | O_TRUNC, 0600), 2);
     until_failure = failing;
     live_blocks = 0;
     is_counting = true;
-    const int status = run(static_cast<int>(std::size(arguments)), arguments);
+    const int status = program(static_cast<int>(arguments.size()), arguments.data());
     is_counting = false;
     for (const int descriptor : {1, 2}) {
         dup2(saved[descriptor - 1], descriptor);
         close(saved[descriptor - 1]);
     }
     EXPECT_EQ(live_blocks, 0);
-    return {status};
+    return status;
+}
+
+outcome run_here(long failing) {
+    constexpr const char* arguments[] = {"varsul", "script",   "-o", "listing", "-t", "text",
+                                         "-E",     "messages", "-d", "-V",      "-V"};
+    for (const char* const name : {"listing", "text", "messages"}) std::remove(name);
+    return {run_program(run, arguments, failing)};
 }
 
 // A file that goes like the one of the whole run, but not to its end. Of an if or a decl stands the
@@ -123,6 +131,27 @@ std::set<std::string> failures_of(const bytes& script) {
     }
 }
 
+// Fails each allocation of a run of varsul-as in turn: the script that is there stays. An analysis that
+// fails is run once more for its messages, and may tell then what is wrong.
+void fail_way_back(const char* lines, const std::string& fault = "") {
+    constexpr const char* arguments[] = {"varsul-as", "-t", "text", "-o", "script", "listing"};
+    std::ofstream("text") << "T0007_0000\t0\t\"a\"\n# end\n";
+    std::ofstream("listing") << "    slook T0007_0000\n" << lines << "; END\n";
+    for (long n = 1;; ++n) {
+        SCOPED_TRACE(n);
+        std::ofstream("script") << "old";
+        const int outcome = run_program(run_as, arguments, n);
+        if (until_failure > 0) {  // there are no n allocations
+            EXPECT_EQ(outcome, fault.empty() ? 0 : 1);
+            return;
+        }
+        const std::string said = read_file("messages");
+        EXPECT_EQ(outcome, 1);
+        EXPECT_TRUE(said == "ERROR: memory exhausted\n" || (!fault.empty() && said.find(fault) != said.npos)) << said;
+        EXPECT_EQ(read_file("script"), "old");
+    }
+}
+
 TEST(memory_test, every_allocation_fails) {
     std::string folder = testing::TempDir() + "/varsul-XXXXXX";
     ASSERT_EQ(chdir(mkdtemp(folder.data())), 0);
@@ -149,6 +178,11 @@ TEST(memory_test, every_allocation_fails) {
                        0,    0xEE, 0xA3, 'H',  0xA6, 1,    0xB2, 0xA8, 2,    0xA7, 0x9E, 0xA2, 0xFF, 7,    'N', 0xB6});
         failures_of(script);
     }
+
+    fail_way_back("; 00000000: 00\n    keywords \"a\"\n    answer\n    endanswer\n    addkarma eval (1 + 2)\n");
+    fail_way_back(
+        "    addkarma eval int32 own\n    jump a\na:\n    bye\nown:\n    .data 0x4141\n    .unknown 0x0041\n");
+    fail_way_back("    if eval 1\n", "listing:2:5: error: ");
 
     EXPECT_EQ(chdir("/"), 0);
     std::filesystem::remove_all(folder);
