@@ -8,6 +8,14 @@ endforeach()
 
 install(TARGETS varsul varsul-as RUNTIME)
 install(FILES docs/varsul.1 docs/varsul-as.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+# The page, where tools/page has built it, and what opens it.
+if(EXISTS ${PROJECT_SOURCE_DIR}/build/page/varsul.html)
+  install(FILES build/page/varsul.html DESTINATION ${CMAKE_INSTALL_DATADIR}/varsul)
+  install(PROGRAMS packaging/varsul-page TYPE BIN)
+  install(FILES packaging/varsul.desktop DESTINATION ${CMAKE_INSTALL_DATADIR}/applications)
+  install(FILES packaging/varsul.svg DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps)
+  install(FILES docs/varsul-page.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+endif()
 # bash loads a file by the program's name.
 foreach(program IN ITEMS varsul varsul-as)
   install(FILES completions/varsul.bash
@@ -17,7 +25,7 @@ install(FILES completions/_varsul completions/_varsul-as DESTINATION ${CMAKE_INS
 install(FILES completions/varsul.fish completions/varsul-as.fish DESTINATION ${CMAKE_INSTALL_DATADIR}/fish/vendor_completions.d)
 # The README's links lead to the same places as beside the sources.
 install(FILES README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(FILES docs/listing.md DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
+install(FILES docs/listing.md docs/page.png DESTINATION ${CMAKE_INSTALL_DOCDIR}/docs)
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 # vim and neovim look in places of their own.
 install(DIRECTORY editors/vim/ DESTINATION ${CMAKE_INSTALL_DATADIR}/vim/vimfiles)
@@ -40,10 +48,11 @@ set(CPACK_THREADS 0)
 set(CPACK_GENERATOR TGZ)
 set(CPACK_SOURCE_GENERATOR TGZ)
 set(CPACK_SOURCE_PACKAGE_FILE_NAME ${PROJECT_NAME}-${PROJECT_VERSION})
-set(CPACK_SOURCE_IGNORE_FILES "^${PROJECT_SOURCE_DIR}/(build|\\.git)/")
+set(CPACK_SOURCE_IGNORE_FILES "^${PROJECT_SOURCE_DIR}/(build|\\.git|page/node_modules)/")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_RELEASE 1)
 set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS xdg-utils)
 set(CPACK_DEBIAN_COMPRESSION_TYPE xz)
 set(CPACK_PROJECT_CONFIG_FILE ${PROJECT_SOURCE_DIR}/packaging/generator.cmake)
 include(CPack)

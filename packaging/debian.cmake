@@ -21,7 +21,7 @@ file(WRITE "${doc}/changelog.Debian" "varsul (${CPACK_PACKAGE_VERSION}-${CPACK_D
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
 file(RENAME "${doc}/CHANGELOG.md" "${doc}/changelog")
-execute_process(COMMAND gzip -9 -n "${share}/man/man1/varsul.1" "${share}/man/man1/varsul-as.1" "${doc}/changelog" "${doc}/changelog.Debian"
+execute_process(COMMAND gzip -9 -n "${share}/man/man1/varsul.1" "${share}/man/man1/varsul-as.1" "${share}/man/man1/varsul-page.1" "${doc}/changelog" "${doc}/changelog.Debian"
   COMMAND_ERROR_IS_FATAL ANY)
 
 string(SUBSTRING ${varsul_date} 0 4 varsul_year)
@@ -32,5 +32,5 @@ configure_file("${here}/copyright.in" "${doc}/copyright" @ONLY)
 configure_file("${here}/lintian-overrides" "${share}/lintian/overrides/varsul" COPYONLY)
 file(GLOB_RECURSE files "${CPACK_TEMPORARY_DIRECTORY}/usr/*")
 file(CHMOD ${files} PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
-file(CHMOD ${programs} PERMISSIONS
+file(CHMOD ${programs} "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul-page" PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
