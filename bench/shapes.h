@@ -16,6 +16,7 @@ struct script_shape {
     const char* purpose;                                         // what the script is made of
     script_bytes (*make)(std::size_t size, std::uint64_t seed);  // about `size` bytes, from 2 KB up
     const char* options;                                         // what the tool is to be run with
+    bool is_sound = true;                                        // the tool lists it
 };
 
 std::span<const script_shape> script_shapes();

@@ -1,4 +1,5 @@
 # fish completion for varsul
+complete -c varsul -k -xa '(__fish_complete_suffix .scr)'
 complete -c varsul -l kv -d 'the script is one of Kelvorath (default)'
 complete -c varsul -l bh -d 'the script is one of Brenhollow'
 complete -c varsul -l qf -d 'the script is one of Quillfen'

@@ -4,9 +4,7 @@ set(doc "${share}/doc/varsul")
 set(here "${CMAKE_CURRENT_LIST_DIR}")
 
 # Debian's zsh does not look into site-functions below /usr.
-file(MAKE_DIRECTORY "${share}/zsh/vendor-completions")
-file(RENAME "${share}/zsh/site-functions/_varsul" "${share}/zsh/vendor-completions/_varsul")
-file(REMOVE_RECURSE "${share}/zsh/site-functions")
+file(RENAME "${share}/zsh/site-functions" "${share}/zsh/vendor-completions")
 
 # The date of the release heads its section of the change log: "## 0.0.4 (2025-01-31)".
 file(READ "${doc}/CHANGELOG.md" changes)
@@ -23,15 +21,16 @@ file(WRITE "${doc}/changelog.Debian" "varsul (${CPACK_PACKAGE_VERSION}-${CPACK_D
  -- ${CPACK_PACKAGE_CONTACT}  ${date}
 ")
 file(RENAME "${doc}/CHANGELOG.md" "${doc}/changelog")
-execute_process(COMMAND gzip -9 -n "${share}/man/man1/varsul.1" "${doc}/changelog" "${doc}/changelog.Debian"
+execute_process(COMMAND gzip -9 -n "${share}/man/man1/varsul.1" "${share}/man/man1/varsul-as.1" "${share}/man/man1/varsul-page.1" "${doc}/changelog" "${doc}/changelog.Debian"
   COMMAND_ERROR_IS_FATAL ANY)
 
 string(SUBSTRING ${varsul_date} 0 4 varsul_year)
-execute_process(COMMAND strip --remove-section=.comment "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul"
+set(programs "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul" "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul-as")
+execute_process(COMMAND strip --remove-section=.comment ${programs}
   COMMAND_ERROR_IS_FATAL ANY)
 configure_file("${here}/copyright.in" "${doc}/copyright" @ONLY)
 configure_file("${here}/lintian-overrides" "${share}/lintian/overrides/varsul" COPYONLY)
 file(GLOB_RECURSE files "${CPACK_TEMPORARY_DIRECTORY}/usr/*")
 file(CHMOD ${files} PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
-file(CHMOD "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul" PERMISSIONS
+file(CHMOD ${programs} "${CPACK_TEMPORARY_DIRECTORY}/usr/bin/varsul-page" PERMISSIONS
   OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)

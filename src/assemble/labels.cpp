@@ -34,7 +34,7 @@ std::string_view name_at(const source& listing, std::uint32_t position, std::uin
 std::size_t hash_of(std::string_view name) {
     std::uint64_t hash = 0xCBF29CE484222325;
     for (const char letter : name) hash = (hash ^ static_cast<std::uint8_t>(letter)) * 0x100000001B3;
-    return hash ^ (hash >> 32);
+    return static_cast<std::size_t>(hash ^ (hash >> 32));
 }
 
 // The slot of a name: its own, or the free one that it takes.

@@ -137,7 +137,7 @@ result read_word(expression& expr, bool& is_open) {
     const std::size_t size = word_size(start);
     const int found = find_code(characters(start), size);
     const auto code = static_cast<std::uint8_t>(found);
-    const code_type type = found == no_code ? NONE : code_types[code];
+    const code_type type = found == no_code ? NONE : code_info[code].type;
     if (type == LITERAL) {
         read.at += size;
         return read_literal(expr, code);

@@ -183,7 +183,7 @@ result read_statement(listing_state& state, std::size_t size) {
     const int found = find_code(characters(read.at), size);
     const auto code = static_cast<std::uint8_t>(found);
     const bool is_declaration = found == OP_DECL || (read.to.option.implicit_decl && is_reference(found));
-    if (found == no_code || (code_types[code] != STATEMENT && !is_declaration)) {
+    if (found == no_code || (code_info[code].type != STATEMENT && !is_declaration)) {
         return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
     if (failed(begin_line(state))) return result::failed;

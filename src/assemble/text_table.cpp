@@ -125,8 +125,10 @@ text_row* find_row(text_table& table, text_key key) {
     array<text_row>& rows = table.rows;
     if (rows.empty() || key < rows[0].key) return nullptr;
     // The rows of a whole table count up.
-    const text_key guess = key - rows[0].key;
-    if (guess < rows.size() && rows[guess].key == key) return &rows[guess];
+    if (const text_key guess = key - rows[0].key; guess < rows.size()) {
+        text_row& row = rows[static_cast<std::size_t>(guess)];
+        if (row.key == key) return &row;
+    }
     text_row* const found = std::lower_bound(rows.begin(), rows.end(), text_row{key, 0, 0}, by_key);
     return found != rows.end() && found->key == key ? found : nullptr;
 }

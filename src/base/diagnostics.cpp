@@ -1,5 +1,6 @@
 #include "base/diagnostics.h"
 
+#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <span>
@@ -19,6 +20,13 @@ constexpr int no_line = -1;
     return length < 0 ? length : begun + length;
 }
 
+void keep(std::string_view message) {
+    if (kept_messages == nullptr) return;
+    message_copy& copy = *kept_messages;
+    const bool fits = copy.text.size() + message.size() <= copy.limit;
+    if (!fits || !copy.text.append(message.data(), message.size())) ++copy.lost;
+}
+
 // A message is handed on whole, so that no other output gets into it. One that does not fit in the
 // buffer's room (it shows a long text) is formatted again into memory of its own, and cut when there
 // is none.
@@ -31,10 +39,12 @@ constexpr int no_line = -1;
     array<char> text;
     if (size < room.size()) {
         room[size] = '\n';
+        keep({room.data(), size + 1});
         diagnostics.advance(room.data() + size + 1);
     } else if (length >= 0 && text.assign_unset(size + 1)) {
         (void)format_message({text.data(), text.size()}, severity, line, format, again);
         text[size] = '\n';
+        keep({text.data(), text.size()});
         diagnostics.put({text.data(), text.size()});
     } else {
         room.back() = '\n';
@@ -42,10 +52,15 @@ constexpr int no_line = -1;
         message_cut = true;
     }
     va_end(again);
-    ++reported_messages;
 }
 
 }  // namespace
+
+void repeat_messages(const message_copy& copy, std::size_t begin, std::size_t end) {
+    diagnostics.put({copy.text.data() + begin, end - begin});
+    // What is added may move the text.
+    for (; begin != end; ++begin) keep({std::array{copy.text[begin]}.data(), 1});
+}
 
 void report(const char* severity, const char* format, ...) {
     va_list arguments;

@@ -170,12 +170,6 @@ constexpr std::array<code_info_entry, 256> make_table() {
 
 constexpr std::array<code_info_entry, 256> stored_table = make_table();
 
-constexpr std::array<code_type, 256> types_of(const std::array<code_info_entry, 256>& table) {
-    std::array<code_type, 256> types{};
-    for (std::size_t byte = 0; byte < 256; ++byte) types[byte] = table[byte].type;
-    return types;
-}
-
 constexpr bool rows_ascend() {
     int previous = -1;
     for (const opcode_row& row : rows) {
@@ -186,7 +180,8 @@ constexpr bool rows_ascend() {
 }
 
 constexpr bool items_have_sizes() {
-    return std::ranges::all_of(stored_table, [](const code_info_entry& entry) { return entry.item_size != 0; });
+    return std::all_of(stored_table.begin(), stored_table.end(),
+                       [](const code_info_entry& entry) { return entry.item_size != 0; });
 }
 
 constexpr std::size_t count_of(code_type type) {
@@ -255,16 +250,6 @@ static_assert(count_of(NONE) == 81 && count_of(TEXT) == 94);
 }  // namespace
 
 constinit std::array<code_info_entry, 256> code_info = stored_table;
-constinit std::array<code_type, 256> code_types = types_of(stored_table);
-
-namespace {
-
-void set_entry(opcode code, const opcode_info& info) {
-    code_info[code] = make_entry(info);
-    code_types[code] = info.type;
-}
-
-}  // namespace
 
 int find_code(const char* name, std::size_t size) {
     if (size == 0 || size > code_name::max_size) return no_code;
@@ -284,16 +269,16 @@ int find_code(const char* name, std::size_t size) {
 void select_game_mode(game_mode_id game_mode) {
     switch (game_mode) {
         case game_mode_id::kelvorath:
-            set_entry(OP_END, kelvorath_end);
-            set_entry(OP_UNKNOWN_DF, no_instruction);
+            code_info[OP_END] = make_entry(kelvorath_end);
+            code_info[OP_UNKNOWN_DF] = make_entry(no_instruction);
             break;
         case game_mode_id::brenhollow:
-            set_entry(OP_END, brenhollow_end);
-            set_entry(OP_UNKNOWN_DF, no_instruction);
+            code_info[OP_END] = make_entry(brenhollow_end);
+            code_info[OP_UNKNOWN_DF] = make_entry(no_instruction);
             break;
         case game_mode_id::quillfen:
-            set_entry(OP_END, quillfen_end);
-            set_entry(OP_UNKNOWN_DF, quillfen_unknown_df);
+            code_info[OP_END] = make_entry(quillfen_end);
+            code_info[OP_UNKNOWN_DF] = make_entry(quillfen_unknown_df);
             break;
     }
 }

@@ -107,9 +107,6 @@ struct alignas(32) code_info_entry {
 // The table of the selected game. Only select_game_mode writes it.
 extern std::array<code_info_entry, 256> code_info;
 
-// The `type` column alone, for the loops that look at every byte.
-extern std::array<code_type, 256> code_types;
-
 // Puts the game's own meaning of the bytes 0xD1 and 0xDF into the table.
 void select_game_mode(game_mode_id game_mode);
 
@@ -118,6 +115,6 @@ void select_game_mode(game_mode_id game_mode);
 inline constexpr int no_code = -1;
 int find_code(const char* name, std::size_t size);
 
-inline bool begins_text(std::uint8_t byte) { return code_types[byte] == TEXT || code_types[byte] == MB_IN; }
+inline bool begins_text(std::uint8_t byte) { return code_info[byte].type == TEXT || code_info[byte].type == MB_IN; }
 // "$var", "$str" and "data" can close a variable reference and stand before an assignment.
 constexpr bool is_reference(int code) { return code == OP_VAR || code == OP_STR || code == OP_DATA; }

@@ -15,9 +15,9 @@ void conv_set_buffer(conv& script, array<std::uint8_t> buffer) {
     conv_free(script);
     script.buffer = std::move(buffer);
     script.data_size = static_cast<std::int32_t>(script.buffer.size());
-    offset_table_init(script.code_offset_table, script.position_marks, script.data_size);
-    offset_table_init(script.jump_offset_table, script.position_marks, script.data_size);
-    offset_table_init(script.data_offset_table, script.position_marks, script.data_size);
+    offset_table_init(script.code_offset_table, code_marks, script.position_marks, script.data_size);
+    offset_table_init(script.jump_offset_table, jump_marks, script.position_marks, script.data_size);
+    offset_table_init(script.data_offset_table, data_marks, script.position_marks, script.data_size);
 }
 
 void conv_free(conv& script) {

@@ -23,10 +23,10 @@ struct conv {
     conv(const conv&) = delete;
     conv& operator=(const conv&) = delete;
 
-    std::uint32_t npc_id = no_npc_id;                  // of the "sident" statement
-    fixed_offset_table<code_marks> code_offset_table;  // what starts at each decoded position
-    fixed_offset_table<jump_marks> jump_offset_table;  // jump targets, all of type NONE
-    fixed_offset_table<data_marks> data_offset_table;  // data block starts, all of type DATA
+    std::uint32_t npc_id = no_npc_id;  // of the "sident" statement
+    offset_table code_offset_table;    // what starts at each decoded position
+    offset_table jump_offset_table;    // jump targets, all of type NONE
+    offset_table data_offset_table;    // data block starts, all of type DATA
     marks position_marks;
     inst_tree tree;
     array<std::uint8_t> buffer;  // the whole script file

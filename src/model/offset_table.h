@@ -8,7 +8,6 @@
 #include <cstdint>
 #include <limits>
 #include <optional>
-#include <type_traits>
 
 #include "base/array.h"
 #include "base/byte_word.h"
@@ -39,28 +38,9 @@ struct offset_table {
     mutable std::size_t settled = 0;      // how many of them, the first, are in order and distinct
 };
 
-// A table whose bits are known when the program is compiled; the operations that stand in every
-// inner loop are shorter on it.
-template <mark_bits known>
-struct fixed_offset_table : offset_table {};
-
-// What an operation takes: either of the two.
-template <class table>
-concept any_offset_table = std::is_base_of_v<offset_table, table>;
-
-inline mark_bits bits_of(const offset_table& table) { return table.bits; }
-template <mark_bits known>
-constexpr mark_bits bits_of(const fixed_offset_table<known>& /*table*/) {
-    return known;
-}
-
 // Makes an empty table over a script of `script_size` bytes. The marks are `inside`, which all
 // tables of the script share and which the first entry inside the script allocates.
 void offset_table_init(offset_table& table, mark_bits bits, marks& inside, std::int32_t script_size);
-template <mark_bits known>
-void offset_table_init(fixed_offset_table<known>& table, marks& inside, std::int32_t script_size) {
-    offset_table_init(table, known, inside, script_size);
-}
 // Releases what the table alone owns.
 void offset_table_free(offset_table& table);
 
@@ -69,21 +49,15 @@ void offset_table_free(offset_table& table);
 // DATA_INT16, which an INFORMATION line says. Outside the script a table keeps entries of one type
 // only, DATA in the code table; any other is dropped there. Fails, after its message, only when
 // memory runs out.
-result offset_table_add(any_offset_table auto& table, std::int32_t offset, code_type type);
-
-// Tells the machine that the offset will soon be added or looked for.
-inline void offset_table_fetch(const offset_table& table, std::int32_t offset) {
-    const auto position = static_cast<std::uint32_t>(offset);
-    if (position < table.inside->size()) __builtin_prefetch(table.inside->data() + position, 1);
-}
+result offset_table_add(offset_table& table, std::int32_t offset, code_type type);
 
 // The type recorded at exactly this offset, if any.
-std::optional<code_type> offset_table_find(const any_offset_table auto& table, std::int32_t offset);
+std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset);
 
 // The offsets of the table's lowest entry and of the nearest entries below and above an offset.
 std::optional<std::int32_t> offset_table_first(const offset_table& table);
 std::optional<std::int32_t> offset_table_last_below(const offset_table& table, std::int32_t offset);
-std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto& table, std::int32_t offset);
+std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset);
 
 std::int32_t offset_table_count(const offset_table& table);
 
@@ -104,11 +78,11 @@ constexpr std::uint8_t mark_of(code_type type, mark_bits bits) {
 }
 
 // The entries among the eight marks behind an offset; 0 also near the script's end and outside it.
-byte_word next_entries(const any_offset_table auto& table, std::int32_t offset) {
+inline byte_word next_entries(const offset_table& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
     const std::size_t size = table.inside->size();
     if (position >= size || size - position <= sizeof(byte_word)) return 0;
-    return entries_in(load_word(table.inside->data() + position + 1), bits_of(table));
+    return entries_in(load_word(table.inside->data() + position + 1), table.bits);
 }
 
 result add_or_retype(offset_table& table, std::int32_t offset, code_type type);
@@ -116,16 +90,16 @@ std::optional<code_type> find_outside(const offset_table& table, std::int32_t of
 // INT64_MAX when there is none.
 std::int64_t find_first_above(const offset_table& table, std::int32_t offset);
 
-std::optional<code_type> offset_table_find(const any_offset_table auto& table, std::int32_t offset) {
+inline std::optional<code_type> offset_table_find(const offset_table& table, std::int32_t offset) {
     const auto position = static_cast<std::uint32_t>(offset);
     if (position >= table.inside->size()) [[unlikely]]
         return find_outside(table, offset);
     const std::uint8_t mark = (*table.inside)[position];
-    if ((mark & bits_of(table).mask) == 0) return std::nullopt;
-    return type_in(mark, bits_of(table));
+    if ((mark & table.bits.mask) == 0) return std::nullopt;
+    return type_in(mark, table.bits);
 }
 
-std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto& table, std::int32_t offset) {
+inline std::optional<std::int32_t> offset_table_first_above(const offset_table& table, std::int32_t offset) {
     if (const byte_word word = next_entries(table, offset); word != 0) {
         return offset + 1 + static_cast<std::int32_t>(bytes_before(word));
     }
@@ -134,13 +108,13 @@ std::optional<std::int32_t> offset_table_first_above(const any_offset_table auto
     return static_cast<std::int32_t>(above);
 }
 
-result offset_table_add(any_offset_table auto& table, std::int32_t offset, code_type type) {
+inline result offset_table_add(offset_table& table, std::int32_t offset, code_type type) {
     const auto position = static_cast<std::uint32_t>(offset);
     if (position >= table.inside->size()) [[unlikely]]
         return add_or_retype(table, offset, type);
     std::uint8_t& mark = (*table.inside)[position];
-    if ((mark & bits_of(table).mask) != 0) return add_or_retype(table, offset, type);
+    if ((mark & table.bits.mask) != 0) return add_or_retype(table, offset, type);
     ++table.inserted;
-    mark |= mark_of(type, bits_of(table));
+    mark |= mark_of(type, table.bits);
     return result::ok;
 }

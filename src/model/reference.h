@@ -16,5 +16,12 @@ struct reference {
 // Takes the reference's next item. Fails, after an ERROR line, when it needs more values than there are.
 result add_reference_item(reference& read, std::int32_t offset, code_type type, std::uint8_t code);
 
+// The depth from which on an item neither fails for want of values nor closes the reference.
+inline std::int32_t least_depth(std::uint8_t code) {
+    const code_info_entry& info = code_info[code];
+    if (info.item_type != OPERATOR && info.item_type != FUNCTION) return 0;
+    return info.num_params + (is_reference(code) ? 1 : 0);
+}
+
 // Reports that nothing closes the reference.
 failure report_open_reference(const reference& read);

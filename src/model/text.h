@@ -24,12 +24,12 @@ enum class text_item : std::uint8_t {
 };
 inline text_item text_item_at(bool in_passage, std::uint8_t byte, std::uint8_t next) {
     if (in_passage) {
-        if (code_types[byte] == MB_OUT) return text_item::closes;
+        if (code_info[byte].type == MB_OUT) return text_item::closes;
         if (!is_lead_byte(byte)) return text_item::single;
         return is_trail_byte(next) ? text_item::pair : text_item::half;
     }
-    if (code_types[byte] == TEXT) return text_item::single;
-    return code_types[byte] == MB_IN ? text_item::opens : text_item::none;
+    if (code_info[byte].type == TEXT) return text_item::single;
+    return code_info[byte].type == MB_IN ? text_item::opens : text_item::none;
 }
 
 // The letter that stands behind a backslash for a byte that a listing escapes, 0 for any other byte,
@@ -59,20 +59,24 @@ constexpr byte_word mark_escaped(byte_word word) {
 }
 
 // Where a text ends, before the first byte outside a passage that is no text, or the fault that
-// stops it: a lead byte without its trail byte, or a passage that is open at the end of the bytes.
+// stops it: a lead byte without its trail byte, or a passage that is open at the end of the bytes. The
+// search ends at the first place outside a passage at or behind `enough`, at most the bytes' number.
 struct text_end {
     std::size_t position;
     enum : std::uint8_t { proper, malformed, unclosed } state;
 };
-text_end find_text_end(std::span<const std::uint8_t> bytes);
+text_end find_text_end(std::span<const std::uint8_t> bytes, std::size_t enough);
 
 // The length in bytes of the text that starts at `start` and ends before the first byte, outside
 // a passage, that is no text, at `end` at the latest. Fails after an ERROR line when a passage is
 // malformed or not closed.
 result text_length(const conv& script, std::int32_t start, std::int32_t end, std::int32_t& length);
 
-// Whether a position of the well-formed text that begins at `start` lies outside its passages.
-bool is_outside_passage(const conv& script, std::int32_t start, std::int32_t position);
+// The length of a piece of that text: up to the first place outside a passage at or behind the next
+// multiple of text_piece_size, so that pieces of one text end at the same places wherever they begin. 0
+// where the text ends, -1 where it is malformed.
+constexpr std::int32_t text_piece_size = 64;
+std::int32_t text_piece(const conv& script, std::int32_t start);
 
 // Reports a malformed text and returns the failure: at `offset` stands either a lead byte without
 // its trail byte, or the first byte of a text with a passage that is not closed before `end`.

@@ -82,7 +82,8 @@ std::string_view text_of(const conv& script, const operand& param) {
 }
 
 result check_text(std::string_view text) {
-    const text_end found = find_text_end({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
+    const text_end found =
+        find_text_end({reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, text.size());
     if (found.state == text_end::unclosed) return ERROR("illegal multibyte text: '}' not found");
     if (found.position == text.size()) return result::ok;
     const std::uint8_t byte = byte_at(text, found.position);

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "base/diagnostics.h"
-#include "model/infix.h"
 #include "output/label.h"
 
 enum class piece_kind : std::uint8_t {

@@ -9,47 +9,43 @@
 
 #include "base/diagnostics.h"
 #include "model/block.h"
-#include "phase1/known_path_1.h"
+#include "model/text.h"
 #include "phase1/parse_operand_1.h"
 #include "phase1/recover_1.h"
+#include "phase1/walk_memory_1.h"
 
 namespace {
 
-struct walker {
+struct walk_state {
     conv& script;
     // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
     // lowest on top. Those walked since are dropped when they come up.
     array<std::int32_t> open_targets = {};
-    // Jump targets lie anywhere, so that recording one waits for memory. The last few are put off
-    // until their marks have been fetched.
-    std::array<std::int32_t, 32> new_targets = {};
-    std::size_t num_new_targets = 0;
-    path_memory memory = {};
-    int sidents = 0;  // how often the npc id was taken
+    walk_memory memory;
     int depth = 0;
 };
 
 // One walk: the top level or a sub block. The cursor moves on as the walk consumes bytes; it may
 // stand behind the script's end when an operand is cut off there.
-struct walk {
-    walker& shared;
+struct block_walk {
+    walk_state& shared;
     conv& script;
     std::int32_t cursor;
     block_kind kind;
     bool is_cut = false;  // an operand was cut off by the script's end
 };
 
-result walk_block(walk& block);
+result walk_block(block_walk& block);
 
-bool at_end(const walk& block) { return block.cursor >= block.script.data_size; }
-std::uint8_t byte_at_cursor(const walk& block) { return conv_byte(block.script, block.cursor); }
+bool at_end(const block_walk& block) { return block.cursor >= block.script.data_size; }
+std::uint8_t byte_at_cursor(const block_walk& block) { return conv_byte(block.script, block.cursor); }
 
 // Bytes of the script from the cursor on.
-std::int32_t bytes_left(const walk& block) { return block.script.data_size - block.cursor; }
+std::int32_t bytes_left(const block_walk& block) { return block.script.data_size - block.cursor; }
 
-result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
+result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
     if (outer.shared.depth == max_nesting) return ERROR("nesting too deep: offset=%08X", opener);
-    walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
+    block_walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
     ++outer.shared.depth;
     const result outcome = walk_block(inner);
     --outer.shared.depth;
@@ -57,10 +53,12 @@ result walk_sub_block(walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Records a jump target, as an open one unless it was walked or recorded before.
-result record_target(walker& shared, std::int32_t target) {
-    conv& script = shared.script;
-    array<std::int32_t>& open = shared.open_targets;
+// Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked or
+// recorded before.
+result add_jump_target(block_walk& block, std::int32_t operand) {
+    conv& script = block.script;
+    array<std::int32_t>& open = block.shared.open_targets;
+    const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
     const std::int32_t inserted = script.jump_offset_table.inserted;
     if (failed(add_jump_offset(script, target))) return result::failed;
     const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
@@ -70,63 +68,55 @@ result record_target(walker& shared, std::int32_t target) {
     return result::ok;
 }
 
-// To be called before the jump targets are looked at.
-result record_new_targets(walker& shared) {
-    const std::size_t count = std::exchange(shared.num_new_targets, 0);
-    for (std::size_t i = 0; i < count; ++i) {
-        if (failed(record_target(shared, shared.new_targets[i]))) return result::failed;
-    }
-    return result::ok;
-}
-
-// Takes the target of a jump whose operand is at `operand`.
-result add_jump_target(walk& block, std::int32_t operand) {
-    walker& shared = block.shared;
-    const auto target = static_cast<std::int32_t>(conv_int32(block.script, operand));
-    offset_table_fetch(block.script.jump_offset_table, target);
-    shared.new_targets[shared.num_new_targets++] = target;
-    return shared.num_new_targets == shared.new_targets.size() ? record_new_targets(shared) : result::ok;
-}
-
-// Finds the lowest jump target that was not walked yet, no_target if there is none. Targets below 0
-// are left to the jump check.
+// The lowest jump target that was not walked yet, no_target if there is none. Targets below 0 are left to
+// the jump check.
 constexpr std::int32_t no_target = -1;
-result take_open_target(walker& shared, std::int32_t& target) {
-    if (failed(record_new_targets(shared))) return result::failed;
+std::int32_t lowest_open_target(walk_state& shared) {
     array<std::int32_t>& open = shared.open_targets;
-    for (target = no_target; !open.empty(); open.pop_back()) {
-        if (!offset_table_find(shared.script.code_offset_table, open[0])) {
-            target = open[0];
-            break;
-        }
+    for (; !open.empty(); open.pop_back()) {
+        if (!offset_table_find(shared.script.code_offset_table, open[0])) return open[0];
         std::pop_heap(open.begin(), open.end(), std::greater());
     }
-    return result::ok;
+    return no_target;
 }
 
-// Steps over the text at the cursor and records where it begins.
-result walk_text(walk& block) {
+// Steps over the text at the cursor; where walks are remembered, by pieces. A malformed one is left to
+// text_length.
+result walk_text(block_walk& block) {
+    walk_memory& memory = block.shared.memory;
     std::int32_t length = 0;
-    if (failed(text_length_from(block.shared.memory, block.script, block.cursor, length))) {
+    if (memory.is_on) {
+        std::int32_t end = block.cursor;
+        path way = begin_path(memory, path_role::text, end);
+        do {
+            if (failed(pass(memory, way, end))) return result::failed;
+            count_looks(memory, 1);
+            length = text_piece(block.script, end);
+            end += length;
+        } while (length > 0);
+        if (length == 0) return block.cursor = end, end_path(memory, way, end);
+    }
+    if (failed(text_length(block.script, block.cursor, block.script.data_size, length))) {
         return ERROR("can't get text length: offset=%08X", block.cursor);
     }
+    count_looks(memory, 1 + length / text_piece_size);
     block.cursor += length;
     return result::ok;
 }
 
-result walk_expression_operand(walk& block) {
-    if (!failed(parse_eval_1(block.script, block.cursor))) return result::ok;
+result walk_expression_operand(block_walk& block) {
+    if (!failed(parse_eval_1(block.shared.memory, block.cursor))) return result::ok;
     return ERROR("parse expression failure: offset=%08X", block.cursor);
 }
 
-result walk_text_run(walk& block) {
+result walk_text_run(block_walk& block) {
     DEBUG("TEXT: offset=%08X", block.cursor);
     if (failed(add_code_offset(block.script, block.cursor, TEXT))) return result::failed;
     return walk_text(block);
 }
 
 // The branch of the if or else whose opcode is at `opener`; the cursor is at its first byte.
-result walk_branch(walk& block, std::int32_t opener, opcode code) {
+result walk_branch(block_walk& block, std::int32_t opener, opcode code) {
     if (at_end(block)) return ERROR("end of buffer: offset=%08X, code=%02X", opener, code);
     if (failed(walk_sub_block(block, opener, {code, 0}))) return result::failed;
     if (at_end(block)) {
@@ -136,7 +126,7 @@ result walk_branch(walk& block, std::int32_t opener, opcode code) {
 }
 
 // The opcode and condition of an if, up to its branch.
-result begin_if(walk& block) {
+result begin_if(block_walk& block) {
     const std::int32_t start = block.cursor;
     DEBUG("IF: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -146,7 +136,7 @@ result begin_if(walk& block) {
     return walk_expression_operand(block);
 }
 
-result begin_else(walk& block) {
+result begin_else(block_walk& block) {
     DEBUG("ELSE: offset=%08X", block.cursor);
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
@@ -155,7 +145,7 @@ result begin_else(walk& block) {
 }
 
 // The endif of the if at `start`.
-result end_if(walk& block, std::int32_t start) {
+result end_if(block_walk& block, std::int32_t start) {
     if (byte_at_cursor(block) != OP_ENDIF) {
         return ERROR("'endif' not found: 'if'=%08X, offset=%08X, code=%02X", start, block.cursor,
                      byte_at_cursor(block));
@@ -167,7 +157,7 @@ result end_if(walk& block, std::int32_t start) {
 }
 
 // A1 condition branch, then A2, or A3 branch A2.
-result walk_if(walk& block) {
+result walk_if(block_walk& block) {
     const std::int32_t start = block.cursor;
     if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
     if (byte_at_cursor(block) == OP_ELSE) {
@@ -178,7 +168,7 @@ result walk_if(walk& block) {
 }
 
 // EF text: one keywords statement, up to its answer.
-result begin_keywords(walk& block) {
+result begin_keywords(block_walk& block) {
     const std::int32_t start = block.cursor;
     DEBUG("KEYWORDS: offset=%08X", start);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -195,7 +185,7 @@ result begin_keywords(walk& block) {
 
 // The jump that ends an answer. Its operand may be cut off by the script's end; then the cursor
 // ends up behind it, which fails the walk.
-result walk_jump_of_answer(walk& block) {
+result walk_jump_of_answer(block_walk& block) {
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
     if (failed(add_code_offset(block.script, block.cursor, INT32))) return result::failed;
@@ -206,7 +196,7 @@ result walk_jump_of_answer(walk& block) {
     return result::ok;
 }
 
-result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
+result walk_end_of_chain(block_walk& block, std::int32_t keywords, bool chain_exit) {
     if (at_end(block)) {
         WARNING("'endanswer' not found: end of buffer: keywords=%08X, offset=%08X", keywords, block.cursor);
         return result::ok;
@@ -227,12 +217,12 @@ result walk_end_of_chain(walk& block, std::int32_t keywords, bool chain_exit) {
     return ERROR("'endanswer' not found: 'keywords'=%08X, offset=%08X, code=%02X", keywords, block.cursor, code);
 }
 
-// The jump or bye that ends an answer, if one does. `chain_exit` is set then.
-result walk_exit_of_answer(walk& block, bool& chain_exit) {
+// The jump or bye that ends an answer, if one does. `exits` counts them.
+result walk_exit_of_answer(block_walk& block, std::int32_t& exits) {
     if (at_end(block)) return result::ok;
     const std::uint8_t code = byte_at_cursor(block);
     if (code != OP_JUMP && code != OP_BYE) return result::ok;
-    chain_exit = true;
+    ++exits;
     if (code == OP_JUMP) return walk_jump_of_answer(block);
     if (failed(add_code_offset(block.script, block.cursor, STATEMENT))) return result::failed;
     ++block.cursor;
@@ -240,16 +230,21 @@ result walk_exit_of_answer(walk& block, bool& chain_exit) {
 }
 
 // Keywords statements one after the other, each with its answer, then EE.
-result walk_keywords_chain(walk& block) {
-    bool chain_exit = false;  // a jump or bye ended one of the answers
+result walk_keywords_chain(block_walk& block) {
+    walk_memory& memory = block.shared.memory;
+    path way = begin_path(memory, role_of_chain(block.kind), block.cursor);
+    std::int32_t exits = 0;  // answers that a jump or bye ended
     for (;;) {
+        if (failed(pass(memory, way, block.cursor, exits))) return result::failed;
         const std::int32_t start = block.cursor;
+        const std::int32_t exits_before = exits;
         if (failed(begin_keywords(block))) return result::failed;
         if (failed(walk_sub_block(block, start, {OP_KEYWORDS, block.kind.parent_code}))) return result::failed;
-        if (failed(walk_exit_of_answer(block, chain_exit))) return result::failed;
-        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) return walk_end_of_chain(block, start, chain_exit);
-        const bool is_top_level = block.kind.parent_code == 0;
-        if (is_top_level && failed(continue_step(block.shared.memory, block.cursor))) return result::failed;
+        if (failed(walk_exit_of_answer(block, exits))) return result::failed;
+        if (at_end(block) || byte_at_cursor(block) != OP_KEYWORDS) {
+            if (failed(end_path(memory, way, start, exits_before))) return result::failed;
+            return walk_end_of_chain(block, start, exits != 0);
+        }
     }
 }
 
@@ -265,7 +260,7 @@ constexpr number_form int32_form = {INT32, 4, "INT32"};
 constexpr number_form str32_form = {STR32, 5, "STR32"};
 
 // Records a number operand and moves behind it.
-result walk_number(walk& block, std::int32_t start, std::uint8_t code, const number_form& form) {
+result walk_number(block_walk& block, std::int32_t start, std::uint8_t code, const number_form& form) {
     if (bytes_left(block) < form.size) {
         return ERROR("end of buffer: offset=%08X, code=%02X, param=%08X, type=%s", start, code, block.cursor,
                      form.name);
@@ -276,7 +271,7 @@ result walk_number(walk& block, std::int32_t start, std::uint8_t code, const num
 }
 
 // Operand `k` of the statement at `start`; the cursor is at the operand, inside the script.
-result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
+result walk_operand(block_walk& block, std::int32_t start, std::uint8_t code, std::int32_t k) {
     conv& script = block.script;
     const code_type type = code_info[code].params[static_cast<std::size_t>(k)];
     const std::uint8_t first = byte_at_cursor(block);
@@ -289,10 +284,7 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
             if (failed(add_code_offset(script, block.cursor, TEXT))) return result::failed;
             return walk_text(block);
         case BYTE:
-            if (code == OP_SIDENT) {
-                script.npc_id = first;
-                ++block.shared.sidents;
-            }
+            if (code == OP_SIDENT) note_sident(block.shared.memory, block.cursor);
             return walk_number(block, start, code, byte_form);
         case INT16: return walk_number(block, start, code, int16_form);
         case INT32: {
@@ -307,16 +299,16 @@ result walk_operand(walk& block, std::int32_t start, std::uint8_t code, std::int
             }
             const std::int32_t value = block.cursor + 1;
             if (failed(walk_number(block, start, code, str32_form))) return result::failed;
-            return add_data_block(script, static_cast<std::int32_t>(conv_int32(script, value)));
+            return name_data_block(block.shared.memory, static_cast<std::int32_t>(conv_int32(script, value)));
         }
-        case VARIABLE: return parse_var_1(script, block.cursor);
+        case VARIABLE: return parse_var_1(block.shared.memory, block.cursor);
         case VALUE: return walk_expression_operand(block);
         default: return ERROR("BUG: code_info[%02X].params[%d].type=%02X", code, k, type);
     }
 }
 
 // ":=" and a value, which may follow the operand of "decl".
-result walk_assignment(walk& block) {
+result walk_assignment(block_walk& block) {
     const std::int32_t start = block.cursor;
     if (failed(add_code_offset(block.script, start, ASSIGN))) return result::failed;
     ++block.cursor;
@@ -325,7 +317,7 @@ result walk_assignment(walk& block) {
 }
 
 // Any statement that opens no block: its opcode, then its operands.
-result walk_statement(walk& block, std::uint8_t code) {
+result walk_statement(block_walk& block, std::uint8_t code) {
     const std::int32_t start = block.cursor;
     DEBUG("other CODE: offset=%08X, code=%02X", start, code);
     if (failed(add_code_offset(block.script, start, STATEMENT))) return result::failed;
@@ -339,19 +331,19 @@ result walk_statement(walk& block, std::uint8_t code) {
 }
 
 // An expression that stands as a statement. One that fails may turn out to be a data block.
-result walk_expression(walk& block) {
+result walk_expression(block_walk& block) {
     DEBUG("EXPR: offset=%08X", block.cursor);
-    if (failed(walk_expression_operand(block)) &&
-        (failed(record_new_targets(block.shared)) || failed(recover_as_data_block(block.script, block.cursor)))) {
-        return result::failed;
+    if (failed(walk_expression_operand(block))) {
+        if (failed(recover_as_data_block(block.script, block.cursor))) return result::failed;
+        note_recovery(block.shared.memory);
     }
     DEBUG("EXPR END: offset=%08X", block.cursor);
     return result::ok;
 }
 
 // One step of a walk: whatever begins with the byte `code` at the cursor.
-result walk_step(walk& block, std::uint8_t code) {
-    switch (code_types[code]) {
+result walk_step(block_walk& block, std::uint8_t code) {
+    switch (code_info[code].type) {
         case TEXT:
         case MB_IN: return walk_text_run(block);
         case STATEMENT:
@@ -363,55 +355,57 @@ result walk_step(walk& block, std::uint8_t code) {
 }
 
 // At a data block start. `goes_on` tells whether the walk does, at another offset.
-result walk_past_data_block(walk& block, bool& goes_on) {
+result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
+    walk_memory& memory = block.shared.memory;
     goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
     if (block.kind.parent_code != 0) {
         INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
         return result::ok;
     }
-    std::int32_t target = no_target;
-    if (failed(take_open_target(block.shared, target))) return result::failed;
+    const std::int32_t target = lowest_open_target(block.shared);
     if (target == no_target) return result::ok;
-    const std::int32_t end = std::exchange(block.cursor, target);
-    INFORMATION(1, "next offset=%08X", block.cursor);
-    finish_path(block.shared.memory, block.script, end);
+    if (failed(end_path(memory, way, block.cursor)) || failed(start_remembering(memory))) return result::failed;
+    INFORMATION(1, "next offset=%08X", target);
+    block.cursor = target;
+    way = begin_path(memory, role_in(block.kind), target);
     goes_on = true;
     return result::ok;
 }
 
-// A step of the top-level walk, unless the way from here on is known.
-result walk_top_level_step(walk& block, std::uint8_t code) {
-    walker& shared = block.shared;
-    if (follow_known_path(shared.memory, block.script, block.cursor)) return result::ok;
-    const int sidents = shared.sidents;
-    if (failed(begin_step(shared.memory, block.cursor)) || failed(walk_step(block, code))) return result::failed;
-    return note_step(shared.memory, block.script, sidents != shared.sidents);
-}
-
 // Walks to the byte that closes the block, a data block or the script's end.
-result walk_block(walk& block) {
+result walk_block(block_walk& block) {
+    walk_memory& memory = block.shared.memory;
     const auto [parent_code, grandparent_code] = block.kind;
     const std::uint8_t closers = closers_of(block.kind);
     DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
+    path way = begin_path(memory, role_in(block.kind), block.cursor);
     while (!at_end(block)) {
+        if (failed(arrive(memory, way, block.cursor))) return result::failed;
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
             bool goes_on = false;
-            if (failed(walk_past_data_block(block, goes_on))) return result::failed;
+            if (failed(walk_past_data_block(block, way, goes_on))) return result::failed;
             if (!goes_on) break;
             continue;
         }
         const std::uint8_t code = byte_at_cursor(block);
         if (is_closer(code, closers)) {
+            if (verbose(1)) note_step(memory, block.cursor);  // a data block there is reported
             DEBUG("return to parent: offset=%08X, code=%02X, parent=%02X, %02X", block.cursor, code, parent_code,
                   grandparent_code);
             break;
         }
-        if (failed(parent_code == 0 ? walk_top_level_step(block, code) : walk_step(block, code))) return result::failed;
+        note_step(memory, block.cursor);
+        const std::int32_t start = block.cursor;
+        if (failed(pass(memory, way, block.cursor))) return result::failed;
+        if (block.cursor != start) continue;
+        count_looks(memory, 1);
+        if (failed(walk_step(block, code))) return result::failed;
     }
     if (block.is_cut || block.cursor > block.script.data_size) {
         return ERROR("buffer overrun: offset=%08X, data_size=%08X", block.cursor, block.script.data_size);
     }
+    if (failed(end_path(memory, way, block.cursor))) return result::failed;
     DEBUG("parse_conv_1(*, *, *, %02X, %02X) return", parent_code, grandparent_code);
     return result::ok;
 }
@@ -419,7 +413,10 @@ result walk_block(walk& block) {
 }  // namespace
 
 result parse_conv_1(conv& script) {
-    walker shared = {.script = script};
-    walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
-    return failed(walk_block(top_level)) ? result::failed : record_new_targets(shared);
+    phase_1_looks = 0;
+    walk_state shared = {.script = script, .memory = {.script = script}};
+    block_walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
+    const result outcome = walk_block(top_level);
+    kept_messages = nullptr;
+    return outcome;
 }

@@ -14,11 +14,14 @@ failure report_item(std::int32_t offset, std::uint8_t code) {
 }
 
 // The item at the cursor, inside the script. Moves the cursor behind it.
-result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code) {
+result scan_item(walk_memory& memory, std::int32_t& cursor, std::uint8_t code) {
+    conv& script = memory.script;
     const code_info_entry& info = code_info[code];
+    count_looks(memory, 1);
     if (failed(add_code_offset(script, cursor, info.item_type))) return result::failed;
     if (info.item_size == 0 || script.data_size - cursor < info.item_size) return report_item(cursor, code);
-    if (code == OP_INT32 && failed(add_data_block(script, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {
+    if (code == OP_INT32 &&
+        failed(name_data_block(memory, static_cast<std::int32_t>(conv_int32(script, cursor + 1))))) {
         return result::failed;
     }
     cursor += info.item_size;
@@ -27,10 +30,14 @@ result scan_item(conv& script, std::int32_t& cursor, std::uint8_t code) {
 
 }  // namespace
 
-result parse_eval_1(conv& script, std::int32_t& cursor) {
+result parse_eval_1(walk_memory& memory, std::int32_t& cursor) {
+    const conv& script = memory.script;
+    path way = begin_path(memory, path_role::item, cursor);
     for (std::int32_t position = cursor; position < script.data_size;) {
+        if (failed(pass(memory, way, position))) return result::failed;
         const std::uint8_t code = conv_byte(script, position);
-        if (failed(scan_item(script, position, code))) return result::failed;
+        if (code == OP_EVAL && failed(end_path(memory, way, position))) return result::failed;
+        if (failed(scan_item(memory, position, code))) return result::failed;
         if (code == OP_EVAL) {
             cursor = position;
             return result::ok;
@@ -39,17 +46,22 @@ result parse_eval_1(conv& script, std::int32_t& cursor) {
     return ERROR("'eval' not found: offset=%08X", cursor);
 }
 
-result parse_var_1(conv& script, std::int32_t& cursor) {
+result parse_var_1(walk_memory& memory, std::int32_t& cursor) {
+    const conv& script = memory.script;
     reference read = {cursor};
+    path way = begin_path(memory, path_role::reference, cursor);
+    std::int32_t need = 0;
     std::uint8_t code = 0;
     std::int32_t position = cursor;
     while (position < script.data_size && !read.is_closed) {
+        if (failed(pass(memory, way, position, read.depth, need))) return result::failed;
         code = conv_byte(script, position);
+        need = least_depth(code);
         if (failed(add_reference_item(read, position, code_info[code].item_type, code))) return result::failed;
-        if (failed(scan_item(script, position, code))) return result::failed;
+        if (failed(scan_item(memory, position, code))) return result::failed;
     }
     // At the script's end the last opcode alone decides.
     if (!is_reference(code)) return report_open_reference(read);
     cursor = position;
-    return result::ok;
+    return end_path(memory, way, position, read.depth, need);
 }

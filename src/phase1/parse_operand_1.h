@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "model/conv.h"
+#include "phase1/walk_memory_1.h"
 
 // Both scan items from the cursor, which lies inside the script, record each in the code offset
 // table, and record the value of every "int32" literal as a data block start. They move the
@@ -11,8 +11,8 @@
 // entries made so far.
 
 // Scans an expression: up to and including the first "eval".
-result parse_eval_1(conv& script, std::int32_t& cursor);
+result parse_eval_1(walk_memory& memory, std::int32_t& cursor);
 
 // Scans a variable reference: up to the "$var", "$str" or "data" that consumes every value
 // pushed before it.
-result parse_var_1(conv& script, std::int32_t& cursor);
+result parse_var_1(walk_memory& memory, std::int32_t& cursor);

@@ -71,7 +71,7 @@ result count_operands(const expr_builder& builder, const expr_entry& entry, std:
     operands = 0;
     switch (entry.type) {
         case LITERAL:
-            if (code_types[entry.code] == LITERAL) return result::ok;
+            if (code_info[entry.code].type == LITERAL) return result::ok;
             return ERROR("BUG: offset=%08X, code=%02X, type=STORE", entry.offset, entry.code);
         case OPERATOR:
         case FUNCTION: operands = code_info[entry.code].num_params; return result::ok;

@@ -31,13 +31,13 @@ text_rest with_byte(text_rest rest, std::uint8_t byte) {
 }
 
 text_rest rest_outside(const text_judge& judge, std::int32_t position, std::uint8_t byte) {
-    if (code_types[byte] == TEXT) return with_byte(judge.outside, byte);
-    if (code_types[byte] == MB_IN) return judge.inside;
+    if (code_info[byte].type == TEXT) return with_byte(judge.outside, byte);
+    if (code_info[byte].type == MB_IN) return judge.inside;
     return {.end = position, .verdict = byte == 0 ? judge.verdict : no_text};
 }
 
 text_rest rest_inside(const text_judge& judge, std::int32_t position, std::uint8_t byte) {
-    if (code_types[byte] == MB_OUT) return judge.outside;
+    if (code_info[byte].type == MB_OUT) return judge.outside;
     if (!is_lead_byte(byte)) return with_byte(judge.inside, byte);
     if (judge.end - position < 2 || !is_trail_byte(conv_byte(judge.script, position + 1))) {
         return {.state = text_rest::malformed, .end = position};

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Compares the samples in documents with what the tool prints.
 
-    check_samples.py [--update] TOOL DOCUMENT...
+    check_samples.py [--update] TOOL DOCUMENT...     (TOOL is varsul; varsul-as lies beside it)
 
 In a document, a comment gives a script's bytes (hex, quoted texts with the escapes of a listing and
 @ with a hex offset, as in tests/cases), and a comment before a fenced block says what it shows:
@@ -11,23 +11,19 @@ In a document, a comment gives a script's bytes (hex, quoted texts with the esca
     -->
     <!-- sample NAME KIND [FIRST-LAST]: [OPTIONS] -->
 
-NAME is such a script or a file of examples/. KIND is listing, table (the text table), messages or
-beside (the listing of -d with the bytes on the left); FIRST-LAST picks lines of it. Numbers of
-source lines in messages are compared as any number. --update rewrites the blocks.
-
-The block after a comment "forms" names the forms of a listing's lines; every line of the examples'
-listings must have one of them, and no line two.
+NAME is such a script or a file of examples/. KIND is bytes (a hex dump of the script), listing, table
+(the text table) or messages; FIRST-LAST picks lines of it. Numbers of source lines in messages are
+compared as any number. --update rewrites the blocks.
 """
-import pathlib, re, shlex, sys
+import os, pathlib, re, shlex, subprocess, sys, tempfile
 
 TESTS = pathlib.Path(__file__).resolve().parents[1]
 EXAMPLES = TESTS.parent / "examples"
 sys.path.append(str(TESTS))
 from golden_test import run_tool, script_bytes
 SCRIPT = re.compile(r"<!-- script (\S+)\n(.*?)-->", re.S)
+BUILD = re.compile(r"<!-- build (\S+)(?: from (\S+): ?(.*?))? -->\n```\w*\n(.*?)^```$", re.S | re.M)
 SAMPLE = re.compile(r"(<!-- sample (\S+) (\w+)(?: (\d+)-(\d+))?: ?(.*?) ?-->\n```\w*\n)(.*?)(^```$)", re.S | re.M)
-FORMS = re.compile(r"<!-- forms -->\n```\w*\n(.*?)^```$", re.S | re.M)
-DUMP = re.compile(r"; ([0-9A-F]{8}):((?: [0-9A-F]{2}){1,16}) +: .*")
 
 
 def run(tool, script, kind, arguments):
@@ -38,41 +34,32 @@ def run(tool, script, kind, arguments):
     return files[{"table": "text", "messages": "messages"}.get(kind, "")].decode("cp932")
 
 
-def beside(listing):
-    """Bytes in rows of eight on the left, the lines that they give on the right."""
-    shown = []
-
-    def put(rows, lines):
-        for i in range(max(len(rows), len(lines))):
-            left = rows[i] if i < len(rows) else ""
-            shown.append(f"{left:34}  {lines[i] if i < len(lines) else ''}".rstrip())
-
-    for part in listing.split("\n\n"):
-        lines = part.rstrip("\n").split("\n")
-        dumps = [DUMP.fullmatch(line) for line in lines]
-        data = [(int(d[1], 16), d[2].split()) for d in dumps if d]
-        rows = [f"{at + i:08X}: {' '.join(row[i:i + 8])}" for at, row in data for i in range(0, len(row), 8)]
-        text = [line for line, d in zip(lines, dumps) if not d]
-        labels = [line for line in text if re.fullmatch(r"L\w+:", line)]
-        put([], labels)
-        put(rows, [line for line in text if line not in labels])
-    return "".join(line + "\n" for line in shown)
+def hex_dump(data):
+    """What xxd -g 1 prints."""
+    rows = [(at, data[at:at + 16]) for at in range(0, len(data), 16)]
+    return "".join(f"{at:08x}: {row.hex(' '):47}  {re.sub(rb'[^ -~]', b'.', row).decode()}\n" for at, row in rows)
 
 
-def lines_without_form(tool, forms):
-    table = [(line[:13].strip(), re.compile(line[14:])) for line in forms.splitlines()]
-    modes = {"lantern-keeper.scr": "--kv", "salt-ferry.scr": "--bh", "clockwork-orchard.scr": "--qf"}
-    used = set()
-    for example, mode in modes.items():
-        for options in [], ["-d"], ["-T"], ["--omit-decl", "--omit-eval", "--omit-int32"], ["--no-int16-to-text"]:
-            listing = run(tool, (EXAMPLES / example).read_bytes(), "listing", [mode, *options])
-            for line in listing.removesuffix("\n").split("\n"):
-                names = [name for name, form in table if form.fullmatch(line)]
-                used.update(names)
-                if len(names) != 1:
-                    yield f"{example} {options}: {line!r} has the forms {names}"
-    if unused := {name for name, _ in table} - used - {"unknown"}:
-        yield f"no line has the form {unused}"
+def change(listing, diff):
+    """Applies the hunks of a diff, each of which fits in one place."""
+    for hunk in re.split(r"^@@.*\n", diff, flags=re.M)[1:]:
+        old, new = ("".join(line[1:] for line in hunk.splitlines(True) if line[0] in marks) for marks in (" -", " +"))
+        if listing.count(old) != 1:
+            sys.exit(f"a hunk that does not fit in one place:\n{hunk}")
+        listing = listing.replace(old, new)
+    return listing
+
+
+def build(tool, name, listing):
+    """Returns the script, empty when there is none, and what varsul-as says."""
+    with tempfile.TemporaryDirectory() as folder:
+        path = pathlib.Path(folder, name)
+        path.with_suffix(".lst").write_bytes(listing.encode("cp932"))
+        command = [os.path.abspath(tool) + "-as", "-o", name, name + ".lst"]
+        run = subprocess.run(command, cwd=folder, capture_output=True, text=True, encoding="cp932")
+        if (run.returncode == 0) != path.exists():
+            sys.exit(f"{name}: status {run.returncode}")
+        return path.read_bytes() if path.exists() else b"", run.stderr
 
 
 def without_numbers(text):
@@ -87,14 +74,21 @@ def main(arguments):
         document = pathlib.Path(name)
         text = document.read_text(encoding="utf-8")
         scripts = {match[1]: script_bytes(match[2]) for match in SCRIPT.finditer(text)}
+        faults = {}
+        for made, other, options, block in BUILD.findall(text):
+            listing = change(run(tool, scripts[other], "listing", shlex.split(options)), block) if other else block
+            scripts[made], faults[made] = build(tool, other or made, listing)
+            if faults[made] and f"<!-- sample {made} faults" not in text:
+                sys.exit(f"{name}: {faults[made]}")
 
         def check(match):
             nonlocal failures, count
             head, script, kind, first, last, options, shown, tail = match.groups()
             data = scripts[script] if script in scripts else (EXAMPLES / script).read_bytes()
-            wanted = run(tool, data, kind, shlex.split(options))
-            if kind == "beside":
-                wanted = beside(wanted)
+            if kind == "faults":
+                wanted = faults[script]
+            else:
+                wanted = hex_dump(data) if kind == "bytes" else run(tool, data, kind, shlex.split(options))
             if first:
                 wanted = "".join(wanted.splitlines(True)[int(first) - 1:int(last)])
             count += 1
@@ -106,12 +100,8 @@ def main(arguments):
             return head + wanted + tail
 
         checked = SAMPLE.sub(check, text)
-        for forms in FORMS.findall(text):
-            for complaint in lines_without_form(tool, forms):
-                failures += 1
-                print(f"{name}: {complaint}")
-        if len(SAMPLE.findall(text)) != text.count("<!-- sample ") or not scripts:
-            sys.exit(f"{name}: a sample comment without its fenced block, or no script at all")
+        if (len(SAMPLE.findall(text)), len(BUILD.findall(text))) != (text.count("<!-- sample "), text.count("<!-- build ")):
+            sys.exit(f"{name}: a comment without its fenced block")
         if update and checked != text:
             document.write_text(checked, encoding="utf-8")
     print(f"{count} samples, {failures} {'updated' if update else 'different'}")

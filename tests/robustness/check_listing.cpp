@@ -1,6 +1,7 @@
 #include "check_listing.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -12,6 +13,7 @@
 #include "driver/passes.h"
 #include "driver/rebuild.h"
 #include "output/print_text.h"
+#include "phase1/walk_memory_1.h"
 
 namespace {
 
@@ -22,6 +24,7 @@ struct listing_run {
     array<char> listing;
     array<char> text_table;
     array<char> messages;
+    std::int64_t looks = 0;
     bool done = false;
 };
 
@@ -45,6 +48,7 @@ void list_script(listing_run& run, const listing_request& request, bytes_view by
     run.script.dump = request.dump;
     const named_writer text_file = {request.text_table ? &text_out : nullptr, "text table"};
     run.done = !failed(analyse(run.script)) && !failed(print_script(run.script, {&listing_out, "listing"}, text_file));
+    run.looks = phase_1_looks;
     text_out.flush();
     diagnostics.flush();
 }
@@ -63,6 +67,14 @@ bool last_line_starts_with(const array<char>& text, std::string_view start) {
 }
 
 std::size_t hex_number(std::string_view digits) { return std::stoul(std::string(digits), nullptr, 16); }
+
+// Phase 1 looks at no more than n log n, n being the script's bytes and the messages.
+std::string check_looks(const listing_run& run, std::size_t size) {
+    const auto messages = std::count(run.messages.begin(), run.messages.end(), '\n');
+    const auto n = static_cast<double>(size) + static_cast<double>(messages) + 64;
+    if (static_cast<double>(run.looks) <= 3 * n * std::log2(n)) return {};
+    return "phase 1 looks too often: " + std::to_string(run.looks) + " times";
+}
 
 // A run that fails says so in its last message; one that succeeds ends its listing and its table.
 std::string check_ends(const listing_run& run, const listing_request& request) {
@@ -243,16 +255,24 @@ std::string check_listing(const listing_request& request, bytes_view bytes) {
     listing_run first;
     list_script(first, request, bytes);
     if (request.must_succeed && !first.done) return std::string(view(first.messages).substr(0, 1000));
-    std::string fault = check_ends(first, request);
+    std::string fault = check_looks(first, bytes.size());
+    if (fault.empty()) fault = check_ends(first, request);
     if (fault.empty() && first.done) fault = check_success(first, request, bytes);
     if (!fault.empty()) return fault;
 
-    listing_run second;
-    list_script(second, request, bytes);
-    const bool same = first.done == second.done && view(first.listing) == view(second.listing) &&
-                      view(first.text_table) == view(second.text_table) &&
-                      view(first.messages) == view(second.messages);
-    return same ? "" : "a second run gives something else";
+    for (const remembering how : {remembering::always, remembering::never}) {
+        constexpr std::size_t walked_again_soon = 8192;
+        if (how == remembering::never && bytes.size() > walked_again_soon) continue;
+        listing_run other;
+        walks_remember = how;
+        list_script(other, request, bytes);
+        walks_remember = remembering::when_it_pays;
+        const bool same = first.done == other.done && view(first.listing) == view(other.listing) &&
+                          view(first.text_table) == view(other.text_table) &&
+                          view(first.messages) == view(other.messages);
+        if (!same) return "walks that remember, or do not, give something else";
+    }
+    return {};
 }
 
 std::string check_rebuild(bytes_view bytes) {

@@ -17,7 +17,8 @@ struct listing_request {
 // Two bytes choose the options: each value of each can be reached.
 listing_request request_of(unsigned first, unsigned second);
 
-// Lists a script in memory, twice, through the same passes as the tool, and checks what came out.
+// Lists a script in memory, through the same passes as the tool, checks what came out and how much work
+// it was, and that the same comes out where walks remember each place, or nothing.
 // Returns what is wrong with it; nothing when all is well.
 std::string check_listing(const listing_request& request, std::span<const std::uint8_t> bytes);
 

@@ -7,11 +7,11 @@ syntax case match
 syntax match varsulComment /;.*$/
 syntax match varsulDump /^; \x\{8}:.*$/
 syntax match varsulId /^; id: \x\{2,4}(\d\+)$/
-syntax match varsulReference /\<[LT]\x\{4}_\x\{4,}\>/
-syntax match varsulLabel /^L\x\{4}_\x\{8}:$/
+syntax match varsulReference /\<[LT]\x\{4}_\x\{4,}\>\|\%(\<\%(jump\|int32\)\s\+\)\@16<=\h\w*/
+syntax match varsulLabel /^\s*\h\w*:=\@!/
 syntax match varsulDirective /^\s*\zs\.\%(option\|data\|unknown\.byte\|unknown\)\>/ nextgroup=varsulOption skipwhite
 syntax match varsulOption /--[a-z0-9-]\+/ contained
-syntax match varsulStatement /^\s\+\zs[a-z]\w*\>/
+syntax match varsulStatement /^\s*\zs[a-z]\w*\>/
 syntax match varsulUnknown /\<UNKNOWN_\x\x\>/
 syntax keyword varsulBlock if else endif keywords answer endanswer enddata
 syntax keyword varsulFlow jump bye end
