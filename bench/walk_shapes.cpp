@@ -15,7 +15,7 @@ template <body_writer body>
 static void walks(script_builder& b, std::size_t count) {
     const label block = b.new_label();
     b.code({op_addkarma, op_int32}).address(block).byte(op_eval);
-    targets t(std::max<std::size_t>(count, 8));
+    targets t(std::max<std::size_t>(count, 9));
     for (label& target : t) b.jump_to(target = b.new_label());
     body(b, t);
     b.place(block).int16(0x1234);
@@ -41,6 +41,14 @@ static void past_nested_messages(script_builder& b, const targets& t) {
     for (std::size_t i = 0; i < depth; ++i) b.code({op_if, 5, op_eval});
     write_message(b);
     for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
+}
+
+// Behind more messages than the script has bytes.
+static void past_many_messages(script_builder& b, const targets& t) {
+    const targets few(t.begin(), t.begin() + 8);
+    text_of(b, few);
+    for (std::size_t i = 0; i < t.size() / 4; ++i) b.code({op_addkarma, op_int32}).int32(0).byte(op_eval);
+    past_nested_messages(b, {t.begin() + 8, t.end()});
 }
 
 static void past_names(script_builder& b, const targets& t) {
@@ -108,6 +116,7 @@ static void in_hidden_ifs(script_builder& b, const targets& t) {
 
 void walks_past_messages(script_builder& b, std::size_t size) { walks<past_messages>(b, size / 6); }
 void walks_past_nested_messages(script_builder& b, std::size_t size) { walks<past_nested_messages>(b, size / 7); }
+void walks_past_many_messages(script_builder& b, std::size_t size) { walks<past_many_messages>(b, size / 9); }
 void walks_past_names(script_builder& b, std::size_t size) { walks<past_names>(b, size / 10); }
 void walks_in_nesting(script_builder& b, std::size_t size) { walks<in_nesting>(b, size / 12); }
 void walks_in_keywords(script_builder& b, std::size_t size) { walks<in_keywords>(b, size / 15); }

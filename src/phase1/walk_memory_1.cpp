@@ -72,13 +72,25 @@ result add_place(walk_memory& memory, path_role role, std::int32_t offset, std::
     return result::ok;
 }
 
+// What walking must cost so that what it says is worth keeping. Less would fill the copy, and there
+// would be no room for the one message of a way that costs much.
+std::int64_t price_of(const walk_memory& memory, const effect& way) {
+    if (is_silent(way) || way.messages_end <= memory.messages_kept) return 0;
+    return static_cast<std::int64_t>(way.messages_end - memory.messages_kept) / 2;
+}
+
 // The way has come to a known place.
-result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
+result reach_place(walk_memory& memory, path& way, std::uint32_t at, std::int64_t cost) {
     if (way.known != 0) {
         known_place& before = memory.places[way.known];
         before.step = way.edge;
         before.next = at;
-        memory.messages_kept = std::max<std::size_t>(memory.messages_kept, way.edge.messages_end);
+        if (cost - way.edge_start < price_of(memory, way.edge)) {
+            before.step.time = 0;
+            if (way.lead >= 0) way.lead += cost - way.edge_start;
+        } else {
+            memory.messages_kept = std::max<std::size_t>(memory.messages_kept, way.edge.messages_end);
+        }
         if (failed(push(memory.trail, way.known))) return result::failed;
     }
     way.known = at;
@@ -90,7 +102,7 @@ result make_known(walk_memory& memory, path& way, const path_moment& moment) {
     std::uint32_t at = find_place(memory, way.role, moment.offset);
     if (at == 0 && failed(add_place(memory, way.role, moment.offset, at))) return result::failed;
     if (way.lead < 0) way.lead = moment.cost - way.first.cost;
-    if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
+    if (at != way.known && failed(reach_place(memory, way, at, moment.cost))) return result::failed;
     way.edge = {};
     way.edge_start = moment.cost;
     return result::ok;
@@ -181,7 +193,7 @@ result start_remembering(walk_memory& memory) {
     const bool has_memory = memory.stretches.assign_zero(stretches) && memory.latest.assign_zero(2 * stretches) &&
                             memory.steps.assign_zero(static_cast<std::size_t>(size) / 8 + 1);
     if (!has_memory) return ERROR("memory exhausted! (size=%zu)", 2 * stretches * sizeof(std::uint32_t));
-    memory.messages.limit = static_cast<std::size_t>(size) + stretch_size * stretch_size;
+    memory.messages.limit = 2 * static_cast<std::size_t>(size) + stretch_size * stretch_size;
     kept_messages = &memory.messages;
     memory.is_on = true;
     return push(memory.places, {});
@@ -202,12 +214,13 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     if (offset == way.last.offset) return result::ok;
     const effect step = last_step(memory, way, balance, need);
     const std::int64_t spacing = spacing_of(memory, way.role);
-    const bool is_dear = 2 * (memory.cost - way.last.cost) >= spacing;
+    const std::int64_t step_cost = memory.cost - way.last.cost;
+    const bool is_dear = 2 * step_cost >= spacing && step_cost >= price_of(memory, step);
     const bool is_start = way.role == path_role::top_level && way.last.cost == way.first.cost;
     if (is_dear && !is_start && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
-    if (is_dear || memory.cost - way.edge_start < spacing) return result::ok;
+    if (is_dear || memory.cost - way.edge_start < std::max(spacing, price_of(memory, way.edge))) return result::ok;
     if (way.known == 0 && way.role != path_role::text) {
         const effect edge = way.edge;
         if (failed(make_known(memory, way, way.first))) return result::failed;
@@ -220,7 +233,7 @@ result pass_known(walk_memory& memory, path& way, std::int32_t& offset, std::int
     if (failed(take_step(memory, way, offset, balance, need))) return result::failed;
     std::uint32_t at = find_place(memory, way.role, offset);
     if (at == 0) return result::ok;
-    if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
+    if (at != way.known && failed(reach_place(memory, way, at, way.last.cost))) return result::failed;
     if (failed(follow(memory, at, balance))) return result::failed;
     offset = memory.places[at].offset;
     way.known = at;

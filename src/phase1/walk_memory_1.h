@@ -114,7 +114,7 @@ struct path {
     path_moment first = {};       // where the walk began
     path_moment last = {};        // where the last step did
     std::int64_t edge_start = 0;  // the cost where the edge begins
-    std::int64_t lead = -1;       // the cost from the start to the first known place
+    std::int64_t lead = -1;       // the cost up to the first known place, and of what is not kept behind it
     std::size_t trail = 0;
 };
 
