@@ -157,12 +157,11 @@ def write_seeds(folder, *paths):
     folder.mkdir(exist_ok=True)
     listings.mkdir(exist_ok=True)
     for path in paths:
-        for i, run in enumerate(runs_of(path)):
-            if len(run.command) == 3:
-                (listings / f"{path.stem}.{i}").write_bytes(b"".join(run.command[2].values()))
         if path.suffix == ".lst":
             (listings / path.name).write_bytes(path.read_bytes())
             continue
+        for i, (_, _, *sources) in enumerate(run.command for run in runs_of(path) if len(run.command) == 3):
+            (listings / f"{path.stem}.{i}").write_bytes(b"".join(sources[0].values()))
         commands = [run.command for run in runs_of(path)] or [(path, script_bytes(path.read_text()))]
         for i, (_, script) in enumerate(command for command in commands if len(command) == 2):
             for mode in range(3):

@@ -43,11 +43,12 @@ struct moved_label {
     std::uint32_t place = 0xFFFFFFFF;
 };
 
-// The words that an option line makes implicit.
-struct implicit_words {
-    bool decl = false;
-    bool eval = false;
-    bool int32 = false;
+// What option lines say besides the game.
+struct listing_options {
+    bool implicit_decl = false;
+    bool implicit_eval = false;
+    bool implicit_int32 = false;
+    bool endif_without_if = false;
 };
 
 struct assembly {
@@ -56,7 +57,7 @@ struct assembly {
     fault_list& faults;
 
     game_mode_id game_mode = game_mode_id::kelvorath;
-    implicit_words implicit = {};
+    listing_options option = {};
 
     array<std::uint8_t> script = {};
     array<line_start> lines = {};  // ascending in both

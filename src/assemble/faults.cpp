@@ -31,7 +31,7 @@ failure add_fault_list(fault_list& faults, severity level, source_file file, std
         std::vsnprintf(added.text.data(), added.text.size(), format, arguments);
         *place = added;
     }
-    return failure();
+    return {};
 }
 
 failure add_fault(fault_list& faults, severity level, source_file file, std::uint32_t position, const char* format,
@@ -40,7 +40,7 @@ failure add_fault(fault_list& faults, severity level, source_file file, std::uin
     va_start(arguments, format);
     (void)add_fault_list(faults, level, file, position, format, arguments);
     va_end(arguments);
-    return failure();
+    return {};
 }
 
 void locate_faults(fault_list& faults, const source& listing, const source& table) {

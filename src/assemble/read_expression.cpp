@@ -24,7 +24,8 @@ result open(expression& expr, const open_part& part) {
 
 open_part& innermost(const expression& expr) { return expr.read.parts.back(); }
 
-// The innermost group, which stands below at most an additive and a multiplicative operation.
+// The innermost group. Above it stand at most an additive and a multiplicative operation and the
+// "eval"s of one item, none of which is followed up twice.
 open_part& innermost_group(const expression& expr) {
     std::size_t i = expr.read.parts.size() - 1;
     while (expr.read.parts[i].kind == part_kind::operation || expr.read.parts[i].kind == part_kind::eval) --i;
@@ -121,11 +122,11 @@ result begin_eval(expression& expr, const std::uint8_t* start) {
     if (expr.kind == operand_kind::value) {
         return fault_at(expr.read, start, "'eval' ends a value of the script: it can't stand inside of one");
     }
-    if (expr.read.to.implicit.eval) {
+    if (expr.read.to.option.implicit_eval) {
         return fault_at(expr.read, start,
                         "the option line --implicit-eval leaves no place for an 'eval' inside an expression");
     }
-    innermost_group(expr).has_eval = true;
+    if (innermost(expr).kind != part_kind::eval) innermost_group(expr).has_eval = true;
     return open(expr, {.kind = part_kind::eval});
 }
 
@@ -152,7 +153,7 @@ result read_word(expression& expr, bool& is_open) {
         is_open = true;
         return begin_eval(expr, start);
     }
-    if (read.to.implicit.int32 && start[size] != '(' && start[0] != '$') {
+    if (read.to.option.implicit_int32 && start[size] != '(' && start[0] != '$') {
         put_byte(read.to, OP_INT32);
         return read_label_use(read);
     }
@@ -342,7 +343,8 @@ result read_value_inside(reader& read) {
         has_eval = take_word(read, OP_EVAL);
         if (failed(read_expression(expr, is_reference))) return result::failed;
     }
-    if (!has_eval && !read.to.implicit.eval) return fault_at(read, start, "'eval' is missing in front of this value");
+    if (!has_eval && !read.to.option.implicit_eval)
+        return fault_at(read, start, "'eval' is missing in front of this value");
     put_byte(read.to, OP_EVAL);
     return result::ok;
 }

@@ -3,8 +3,9 @@
 #include <cstring>
 #include <string_view>
 
+#include "assemble/read_data.h"
 #include "assemble/read_expression.h"
-#include "assemble/read_text.h"
+#include "assemble/read_operand.h"
 #include "assemble/reader.h"
 
 namespace {
@@ -35,12 +36,6 @@ bool starts_with(const std::uint8_t* at, std::string_view start) {
     return std::memcmp(at, start.data(), start.size()) == 0;
 }
 
-void skip_line(reader& read) {
-    const auto size = read.to.listing.size + std::size_t{1};  // with the line feed behind the file
-    const auto position = static_cast<std::size_t>(position_of(read, read.at));
-    read.at = static_cast<const std::uint8_t*>(std::memchr(read.at, '\n', size - position));
-}
-
 // The end of a line that gives bytes: nothing but a comment may follow.
 result read_line_end(reader& read) {
     skip_blanks(read);
@@ -57,55 +52,8 @@ result begin_line(listing_state& state) {
     return exhaust(state.read);
 }
 
-result read_quotes(reader& read, quoted_text& text) {
-    ++text.at;
-    const std::uint32_t count = read.to.faults.count;
-    const result outcome = read_quoted(text, read.to.script);
-    read.at = text.at;
-    if (failed(outcome) && count == read.to.faults.count) return exhaust(read);
-    return outcome;
-}
-
 failure report_open_passage(reader& read, const std::uint8_t* passage) {
     return report_open_passage(quoted_text{read.to.listing, source_file::listing, read.to.faults, nullptr, passage});
-}
-
-result report_empty_text(reader& read, const std::uint8_t* place) {
-    return fault_at(read, place, "an empty text can stand only behind .data");
-}
-
-// A text label at the reader's place.
-result read_text_of_label(reader& read, const text_label& label) {
-    assembly& to = read.to;
-    if (to.table == nullptr) return fault_at(read, read.at, "a text label: name the text table with -t");
-    text_row* const row = find_row(*to.table, label.key);
-    if (row == nullptr) {
-        return fault_at(read, read.at, "the text table has no row '%.*s'", shown_size(label.size), characters(read.at));
-    }
-    row->is_used = true;
-    // What is wrong with the row was reported when the table was read.
-    fault_list known;
-    quoted_text text = {to.table->file, source_file::table, known, to.table->file.begin() + row->text};
-    if (failed(read_quoted(text, to.script)) && !known.has_errors) return exhaust(read);
-    read.at += label.size;
-    return result::ok;
-}
-
-// A whole text, in quotes or as a label.
-result read_text(reader& read, bool may_be_empty) {
-    skip_blanks(read);
-    const std::uint8_t* const start = read.at;
-    const std::uint32_t offset = script_size(read.to);
-    if (*start == '"') {
-        quoted_text text = {read.to.listing, source_file::listing, read.to.faults, start};
-        if (failed(read_quotes(read, text))) return result::failed;
-        if (text.passage != nullptr) return report_open_passage(text);
-    } else if (const text_label label = read_text_label(start); label.size != 0 && !name_bytes[start[label.size]]) {
-        if (failed(read_text_of_label(read, label))) return result::failed;
-    } else {
-        return fault_at(read, start, "a text in quotes or a text label must stand here");
-    }
-    return may_be_empty || script_size(read.to) != offset ? result::ok : report_empty_text(read, start);
 }
 
 // A line of a spoken text, which may begin and end inside a double-byte passage.
@@ -126,75 +74,26 @@ result read_text_line(listing_state& state) {
     return result::ok;
 }
 
-// The decimal form behind a number, as far as it is one.
-result check_decimal(reader& read, std::uint32_t number) {
-    skip_blanks(read);
-    if (*read.at != ';') return result::ok;
-    ++read.at;
-    skip_blanks(read);
-    const std::uint8_t* const start = read.at;
-    std::uint64_t decimal = 0;
-    for (; *read.at >= '0' && *read.at <= '9'; ++read.at) {
-        if (decimal <= number) decimal = 10 * decimal + (*read.at - std::uint64_t{'0'});
-    }
-    const bool is_number = read.at != start;
-    skip_blanks(read);
-    if (is_number && *read.at == '\n' && decimal != number) {
-        return fault_at(read, start, "the two notations of this number differ: 0x%04X is %u", number, number);
-    }
-    skip_line(read);
-    return result::ok;
-}
-
-result read_number_line(reader& read, int bytes) {
-    std::uint32_t number = 0;
-    if (failed(read_hex(read, bytes, number))) return result::failed;
-    for (int i = 0; i < bytes; ++i) put_byte(read.to, static_cast<std::uint8_t>(number >> 8 * i));
-    return check_decimal(read, number);
-}
-
-result read_data_line(reader& read) {
-    skip_blanks(read);
-    if (*read.at == '0') return read_number_line(read, 2);
-    if (*read.at != '"' && *read.at != 'T') {
-        return fault_at(read, read.at, "a number, as 0x0010, a text in quotes or a text label must stand here");
-    }
-    if (failed(read_text(read, true))) return result::failed;
-    put_byte(read.to, 0);
-    return result::ok;
-}
-
-result read_unknown_line(reader& read, int bytes) {
-    assembly& to = read.to;
-    const std::uint32_t offset = script_size(to);
-    if (failed(read_number_line(read, bytes))) return result::failed;
-    if (!to.unknowns.empty() && to.unknowns.back().end == offset) {
-        to.unknowns.back().end = script_size(to);
-        return result::ok;
-    }
-    return to.unknowns.push_back({offset, script_size(to)}) ? result::ok : exhaust(read);
-}
-
 // The words of option lines.
 struct option_word {
     std::string_view name;
-    bool implicit_words::*implicit = nullptr;
+    bool listing_options::*flag = nullptr;
     int game = -1;
 };
 constexpr option_word option_words[] = {
     {.name = "kv", .game = static_cast<int>(game_mode_id::kelvorath)},
     {.name = "bh", .game = static_cast<int>(game_mode_id::brenhollow)},
     {.name = "qf", .game = static_cast<int>(game_mode_id::quillfen)},
-    {.name = "implicit-decl", .implicit = &implicit_words::decl},
-    {.name = "implicit-eval", .implicit = &implicit_words::eval},
-    {.name = "implicit-int32", .implicit = &implicit_words::int32},
-    {.name = "endif-without-if"},
+    {.name = "implicit-decl", .flag = &listing_options::implicit_decl},
+    {.name = "implicit-eval", .flag = &listing_options::implicit_eval},
+    {.name = "implicit-int32", .flag = &listing_options::implicit_int32},
+    {.name = "endif-without-if", .flag = &listing_options::endif_without_if},
 };
 
 result set_option(listing_state& state, const option_word& option, const std::uint8_t* place) {
     reader& read = state.read;
     assembly& to = read.to;
-    if (option.implicit != nullptr) to.implicit.*option.implicit = true;
+    if (option.flag != nullptr) to.option.*option.flag = true;
     if (option.game < 0) return result::ok;
     const auto game = static_cast<game_mode_id>(option.game);
     if (state.has_game && game != to.game_mode) return fault_at(read, place, "an option line above names another game");
@@ -268,48 +167,6 @@ result read_label_line(listing_state& state, std::size_t size) {
     return result::ok;
 }
 
-result read_operand(reader& read, code_type type) {
-    switch (type) {
-        case TEXT: return read_text(read, false);
-        case BYTE: {
-            std::uint8_t number = 0;
-            if (failed(read_byte(read, number))) return result::failed;
-            put_byte(read.to, number);
-            return result::ok;
-        }
-        case INT32: return read_label_use(read);
-        case STR32: {
-            skip_blanks(read);
-            const std::size_t size = name_size(read.at);
-            if (find_code(characters(read.at), size) != OP_INT32) {
-                return fault_at(read, read.at, "'int32' and a label must stand here");
-            }
-            read.at += size;
-            put_byte(read.to, OP_INT32);
-            return read_label_use(read);
-        }
-        case VARIABLE: return read_reference(read);
-        default: return read_value(read);
-    }
-}
-
-result read_operands(reader& read, std::uint8_t code) {
-    const code_info_entry& info = code_info[code];
-    for (std::size_t k = 0; k < info.num_params; ++k) {
-        skip_blanks(read);
-        const bool is_missing = k == 0 ? at_line_end(read) : !take(read, ',');
-        if (is_missing) {
-            return at_line_end(read)
-                       ? fault_at(read, read.at, "too few operands: '%s' takes %d", info.name.padded(), info.num_params)
-                       : fault_at(read, read.at, "a comma and another operand must stand here");
-        }
-        if (failed(read_operand(read, info.params[k]))) return result::failed;
-    }
-    skip_blanks(read);
-    if (*read.at != ',') return result::ok;
-    return fault_at(read, read.at, "too many operands: '%s' takes %d", info.name.padded(), info.num_params);
-}
-
 // A variable and, behind ":=", the value that it starts with.
 result read_declaration(reader& read) {
     put_byte(read.to, OP_DECL);
@@ -324,7 +181,7 @@ result read_statement(listing_state& state, std::size_t size) {
     reader& read = state.read;
     const int found = find_code(characters(read.at), size);
     const auto code = static_cast<std::uint8_t>(found);
-    const bool is_declaration = found == OP_DECL || (read.to.implicit.decl && is_reference(found));
+    const bool is_declaration = found == OP_DECL || (read.to.option.implicit_decl && is_reference(found));
     if (found == no_code || (code_info[code].type != STATEMENT && !is_declaration)) {
         return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
@@ -353,6 +210,11 @@ result read_word_line(listing_state& state) {
     return read_statement(state, size);
 }
 
+bool is_blank_line(const std::uint8_t* at) {
+    while (is_blank(*at)) ++at;
+    return *at == '\n';
+}
+
 // "; 00000000: 00 ..." or the end line; any other comment says nothing.
 result read_comment(listing_state& state) {
     reader& read = state.read;
@@ -370,8 +232,9 @@ result read_comment(listing_state& state) {
         if (!read.to.dumps.push_back({listed, script_size(read.to)})) return exhaust(read);
         return result::ok;
     }
-    const std::uint8_t* const end = start + (has_offset ? 12 : 2);
-    state.has_end |= (has_offset || start[1] == ' ') && starts_with(end, "END") && (is_blank(end[3]) || end[3] == '\n');
+    if (!has_offset && start[1] != ' ') return result::ok;
+    const std::uint8_t* const word = start + (has_offset ? 12 : 2);
+    state.has_end |= starts_with(word, "END") && is_blank_line(word + 3);
     return result::ok;
 }
 

@@ -12,7 +12,9 @@ failure report(const quoted_text& text, const std::uint8_t* place, const char* w
 // The byte of the escape at `text.at`, which it passes.
 result read_escape(quoted_text& text, array<std::uint8_t>& bytes) {
     const std::uint8_t byte = escaped_byte(text.at[1]);
-    if (byte == 0) return report(text, text.at, "unknown escape: only \\t, \\n, \\\" and \\\\ stand for a byte");
+    if (byte == 0)
+        return report(text, text.at,
+                      "unknown escape: a backslash stands only before t, n, a quote or another backslash");
     text.at += 2;
     return bytes.push_back(byte) ? result::ok : result::failed;
 }

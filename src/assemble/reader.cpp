@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdarg>
+#include <cstring>
 
 #include "model/infix.h"
 
@@ -65,12 +66,18 @@ failure fault_at(reader& read, const std::uint8_t* place, const char* format, ..
     (void)add_fault_list(read.to.faults, severity::error, source_file::listing, position_of(read, place), format,
                          arguments);
     va_end(arguments);
-    return failure();
+    return {};
 }
 
 failure exhaust(reader& read) {
     read.to.exhausted = true;
-    return failure();
+    return {};
+}
+
+void skip_line(reader& read) {
+    const auto size = read.to.listing.size + std::size_t{1};  // with the line feed behind the file
+    const auto position = static_cast<std::size_t>(position_of(read, read.at));
+    read.at = static_cast<const std::uint8_t*>(std::memchr(read.at, '\n', size - position));
 }
 
 result read_byte(reader& read, std::uint8_t& number) {

@@ -73,6 +73,9 @@ inline bool take(reader& read, char character) {
     return true;
 }
 
+// Goes to the line feed that ends the line.
+void skip_line(reader& read);
+
 // A number of one byte in decimal.
 result read_byte(reader& read, std::uint8_t& number);
 // A number of `bytes` bytes, "0x" and hexadecimal digits.

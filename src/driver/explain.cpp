@@ -1,5 +1,6 @@
 #include "driver/explain.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdio>
@@ -100,4 +101,10 @@ bool explain_analysis(assembly& made, std::string_view messages) {
     (void)add_fault(made.faults, severity::error, source_file::listing, place->position, "%.*s",
                     static_cast<int>(text.size), text.text.data());
     return true;
+}
+
+void warn_of_lone_endif(assembly& made, std::string_view messages) {
+    const std::string_view message = messages.substr(std::min(messages.find("'endif' without"), messages.size()));
+    (void)add_fault(made.faults, severity::warning, source_file::listing, find_place(made, message)->position,
+                    "this 'endif' closes no 'if'; an option line --endif-without-if tells that it is meant");
 }

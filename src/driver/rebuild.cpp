@@ -26,20 +26,33 @@ void finish_analysis(conv& script, assembly& made) {
     conv_free(script);
 }
 
-// The messages of the failure are wanted: the passes fail once more.
-rebuild_outcome explain_failure(assembly& made) {
+// The messages of an analysis are wanted after all: the passes run once more. `outcome` is theirs. Fails
+// when memory runs out.
+result collect_messages(assembly& made, array<char>& messages, result& outcome) {
     conv script;
-    array<char> messages;
     diagnostics.open(messages);
-    const result again = analyse_again(script, made, false);
+    outcome = analyse_again(script, made, false);
     diagnostics.flush();
     finish_analysis(script, made);
     const bool is_complete = diagnostics.error() == 0;
     diagnostics.discard();
-    if (!failed(again) || !is_complete || !explain_analysis(made, {messages.data(), messages.size()})) {
-        return rebuild_outcome::exhausted;
-    }
-    return rebuild_outcome::refused;
+    return is_complete ? result::ok : result::failed;
+}
+
+rebuild_outcome explain_failure(assembly& made) {
+    array<char> messages;
+    result again = result::ok;
+    const bool is_explained = !failed(collect_messages(made, messages, again)) && failed(again) &&
+                              explain_analysis(made, {messages.data(), messages.size()});
+    return is_explained ? rebuild_outcome::refused : rebuild_outcome::exhausted;
+}
+
+rebuild_outcome find_lone_endif(assembly& made) {
+    array<char> messages;
+    result again = result::ok;
+    if (failed(collect_messages(made, messages, again)) || failed(again)) return rebuild_outcome::exhausted;
+    warn_of_lone_endif(made, {messages.data(), messages.size()});
+    return rebuild_outcome::built;
 }
 
 result compare_with(assembly& made, bool no_int16_to_text, difference& found) {
@@ -62,7 +75,8 @@ rebuild_outcome check(assembly& made) {
     }
     if (found.kind == comparison::exhausted) return rebuild_outcome::exhausted;
     if (found.kind != comparison::equal) report_difference(made, found);
-    return made.faults.has_errors ? rebuild_outcome::refused : rebuild_outcome::built;
+    if (made.faults.has_errors) return rebuild_outcome::refused;
+    return options.endif_without_if && !made.option.endif_without_if ? find_lone_endif(made) : rebuild_outcome::built;
 }
 
 rebuild_outcome assemble(assembly& made) {

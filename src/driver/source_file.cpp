@@ -23,6 +23,8 @@ failure report_system(const char* what, const char* name) {
     return RUN_ERROR("can't %s '%s': %s", what, name, std::strerror(errno));
 }
 
+failure report_too_large(const char* name) { return RUN_ERROR("can't read '%s': it is larger than 2 GB", name); }
+
 // Reads from the descriptor to its end, which may be further than its size tells.
 result read_all(array<std::uint8_t>& bytes, int descriptor, std::size_t expected, const char* name) {
     constexpr std::size_t behind = 64;  // so that an ordinary file's end shows without growing
@@ -38,7 +40,7 @@ result read_all(array<std::uint8_t>& bytes, int descriptor, std::size_t expected
             if (count == 0 || bytes.size() - room > max_source_size) break;
         }
         bytes.truncate(bytes.size() - room);
-        if (bytes.size() > max_source_size) return RUN_ERROR("can't read '%s': it is larger than 2 GB", name);
+        if (bytes.size() > max_source_size) return report_too_large(name);
         if (room > 0) return result::ok;
     }
 }
@@ -111,8 +113,8 @@ result load_source(source& text, const char* name, file_identity& identity) {
     struct stat status {};
     if (!opened.is_open() || fstat(opened.descriptor(), &status) != 0) return report_system("open", name);
     identity = {status.st_dev, status.st_ino, S_ISREG(status.st_mode)};
-    const bool is_small = identity.is_regular && static_cast<std::uint64_t>(status.st_size) <= max_source_size;
-    const std::size_t expected = is_small ? static_cast<std::size_t>(status.st_size) : 0;
+    const std::size_t expected = identity.is_regular ? static_cast<std::size_t>(status.st_size) : 0;
+    if (expected > max_source_size) return report_too_large(name);
     if (failed(read_all(text.bytes, opened.descriptor(), expected, name))) return result::failed;
     return failed(source_finish(text)) ? report_exhausted() : result::ok;
 }

@@ -16,11 +16,9 @@ namespace {
 std::unordered_set<std::string> seen;
 
 void print_new_lines(std::string_view listing, unsigned left_out) {
-    const std::string mark = "\n" + std::to_string(left_out);
     for (std::size_t end; (end = listing.find('\n')) != std::string_view::npos; listing.remove_prefix(end + 1)) {
-        if (const auto [line, is_new] = seen.insert(std::string(listing.substr(0, end)) + mark); is_new) {
-            std::puts(line->c_str());
-        }
+        const auto line = std::string(listing.substr(0, end)) + "\n" + std::to_string(left_out);
+        if (seen.insert(line).second) std::puts(line.c_str());
     }
 }
 
@@ -62,15 +60,12 @@ int main(int argc, char** argv) {
     }
     for (int i = 1; i < argc; ++i) {
         std::ifstream file(argv[i], std::ios::binary);
-        std::string bytes{std::istreambuf_iterator<char>(file), {}};
-        for (std::size_t size = 1; size <= bytes.size(); ++size) list(bytes.substr(0, size));
-        for (char& byte : bytes) {
-            const char original = byte;
+        const std::string bytes{std::istreambuf_iterator<char>(file), {}};
+        for (std::size_t at = 0; at < bytes.size(); ++at) {
+            list(bytes.substr(0, at + 1));
             for (const int changed : {0x00, 0xFF, 0xA7, 0xB0, 0xD2, 0xEE, 0x7B, 0x82}) {
-                byte = static_cast<char>(changed);
-                list(bytes);
+                list(std::string(bytes).replace(at, 1, 1, static_cast<char>(changed)));
             }
-            byte = original;
         }
     }
     return 0;
