@@ -39,7 +39,7 @@ export const textOf = (page, selector) => page.$eval(selector, (element) => elem
 export const valueOf = (page, selector, read) => page.$eval(selector, read);
 
 // Waits until what is on the screen holds a text, or matches an expression.
-export async function seen(page, selector, wanted, timeout = 15_000) {
+export async function seen(page, selector, wanted, timeout = 30_000) {
   const source = wanted instanceof RegExp ? wanted.source : wanted.replace(/[.*+?^${}()|[\]\\]/g, "\\$&");
   const holds = (selector, source) =>
     [...document.querySelectorAll(selector)].some((element) => new RegExp(source).test(element.textContent));
