@@ -125,7 +125,8 @@ result begin_eval(expression& expr, const std::uint8_t* start) {
         return fault_at(expr.read, start,
                         "the option line --implicit-eval leaves no place for an 'eval' inside an expression");
     }
-    innermost_group(expr).has_eval = true;
+    // One "eval" may wait behind another as often as anyone likes; the first has told the group.
+    if (innermost(expr).kind != part_kind::eval) innermost_group(expr).has_eval = true;
     return open(expr, {.kind = part_kind::eval});
 }
 
