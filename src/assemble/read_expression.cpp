@@ -287,12 +287,15 @@ result read_behind_item(expression& expr, behind_item& next) {
         skip_blanks(read);
         next = behind_item::item;
         if (const std::size_t size = operator_size(read.at); size != 0) return read_operator(expr, size);
-        const part_kind group = innermost_group(expr).kind;
-        if (*read.at == ',' && group == part_kind::call) return read_comma(expr);
-        if (*read.at != ')' || group == part_kind::group) {
+        const open_part& group = innermost_group(expr);
+        if (*read.at == ',' && group.kind == part_kind::call) return read_comma(expr);
+        if (*read.at != ')' || group.kind == part_kind::group) {
             next = behind_item::end;
-            if (group == part_kind::group) return result::ok;
-            return fault_at(expr.read, read.at, "')' is missing here");
+            if (group.kind == part_kind::group) return result::ok;
+            const bool has_all =
+                group.kind != part_kind::call || group.arguments + 1 == code_info[group.code].num_params;
+            return fault_at(expr.read, read.at,
+                            has_all ? "')' is missing here" : "a comma and another operand must stand here");
         }
         if (failed(close_group(expr))) return result::failed;
     }

@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <utility>
 
 #include "assemble/read_expression.h"
 #include "assemble/read_text.h"
@@ -77,16 +78,19 @@ result report_empty_text(reader& read, const std::uint8_t* place) {
 // A text label at the reader's place.
 result read_text_of_label(reader& read, const text_label& label) {
     assembly& to = read.to;
-    if (to.table == nullptr) return fault_at(read, read.at, "a text label: name the text table with -t");
+    if (to.table == nullptr) {
+        if (std::exchange(read.lacks_table, true)) return failure();  // one fault, however many labels there are
+        return fault_at(read, read.at, "a text label: name the text table with -t");
+    }
     text_row* const row = find_row(*to.table, label.key);
     if (row == nullptr) {
+        if (!to.table->is_whole) return failure();  // perhaps only the consequence of that
         return fault_at(read, read.at, "the text table has no row '%.*s'", shown_size(label.size), characters(read.at));
     }
     row->is_used = true;
-    // What is wrong with the row was reported when the table was read.
-    fault_list known;
-    quoted_text text = {to.table->file, source_file::table, known, to.table->file.begin() + row->text};
-    if (failed(read_quoted(text, to.script)) && !known.has_errors) return exhaust(read);
+    if (!row->is_sound) return failure();  // that was reported when the table was read
+    quoted_text text = {to.table->file, source_file::table, to.faults, to.table->file.begin() + row->text};
+    if (failed(read_quoted(text, to.script))) return exhaust(read);
     read.at += label.size;
     return result::ok;
 }
@@ -254,7 +258,6 @@ result read_label_line(listing_state& state, std::size_t size) {
     const std::uint8_t* const start = read.at;
     const std::uint32_t position = position_of(read, start);
     const std::uint32_t place = script_size(to);
-    state.has_lines = true;
     label_key label = 0;
     if (failed(find_label(to.labels, to.listing, position, static_cast<std::uint32_t>(size), label)))
         return exhaust(read);
@@ -268,6 +271,17 @@ result read_label_line(listing_state& state, std::size_t size) {
     return result::ok;
 }
 
+// The label of a jump.
+result read_target(reader& read) {
+    skip_blanks(read);
+    const std::uint8_t* const start = read.at;
+    const std::size_t size = name_size(start);
+    if (find_code(characters(start), size) == OP_INT32 && start[size] == ' ' && name_bytes[start[size + 1]]) {
+        return fault_at(read, start, "a label must stand here, without 'int32'");
+    }
+    return read_label_use(read);
+}
+
 result read_operand(reader& read, code_type type) {
     switch (type) {
         case TEXT: return read_text(read, false);
@@ -277,7 +291,7 @@ result read_operand(reader& read, code_type type) {
             put_byte(read.to, number);
             return result::ok;
         }
-        case INT32: return read_label_use(read);
+        case INT32: return read_target(read);
         case STR32: {
             skip_blanks(read);
             const std::size_t size = name_size(read.at);
@@ -320,12 +334,28 @@ result read_declaration(reader& read) {
     return read_value(read);
 }
 
+// A word alone may be a label without its colon: that no line has it would only be the consequence.
+result note_lost_label(reader& read, std::size_t size) {
+    const std::uint8_t* const start = read.at;
+    if (*start == '$' || (start[size] != '\n' && start[size] != '\r')) return result::ok;
+    label_table& labels = read.to.labels;
+    label_key label = 0;
+    const auto length = static_cast<std::uint32_t>(size);
+    if (failed(find_label(labels, read.to.listing, position_of(read, start), length, label))) return exhaust(read);
+    (void)place_label(labels, label, script_size(read.to));
+    return result::ok;
+}
+
 result read_statement(listing_state& state, std::size_t size) {
     reader& read = state.read;
     const int found = find_code(characters(read.at), size);
     const auto code = static_cast<std::uint8_t>(found);
     const bool is_declaration = found == OP_DECL || (read.to.implicit.decl && is_reference(found));
+    if (is_reference(found) && !is_declaration && (read.at[size] == '[' || read.at[size] == '(')) {
+        return fault_at(read, read.at, "'decl' is missing in front of '%s'", code_info[code].name.padded());
+    }
     if (found == no_code || (code_info[code].type != STATEMENT && !is_declaration)) {
+        if (failed(note_lost_label(read, size))) return result::failed;
         return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
     if (failed(begin_line(state))) return result::failed;

@@ -21,12 +21,14 @@ struct text_row {
     text_key key;
     std::uint32_t position;  // of the row in the table
     std::uint32_t text;      // of its text, behind the quote
+    bool is_sound = false;   // nothing is wrong with the text
     bool is_used = false;
 };
 
 struct text_table {
     const source& file;
     array<text_row> rows = {};  // ascending by key, once the table is read
+    bool is_whole = true;       // false when faults hide rows
 };
 
 // Reads a whole table, and reports what is wrong with it. Fails when memory runs out.
