@@ -90,7 +90,8 @@ result read_text_of_label(reader& read, const text_label& label) {
     row->is_used = true;
     if (!row->is_sound) return failure();  // that was reported when the table was read
     quoted_text text = {to.table->file, source_file::table, to.faults, to.table->file.begin() + row->text};
-    if (failed(read_quoted(text, to.script))) return exhaust(read);
+    // A row may be named so often that no offset reaches its end.
+    if (failed(read_quoted(text, to.script)) || to.script.size() > max_source_size) return exhaust(read);
     read.at += label.size;
     return result::ok;
 }
