@@ -126,6 +126,7 @@ result begin_eval(expression& expr, const std::uint8_t* start) {
         return fault_at(expr.read, start,
                         "the option line --implicit-eval leaves no place for an 'eval' inside an expression");
     }
+    // One "eval" may wait behind another as often as anyone likes; the first has told the group.
     if (innermost(expr).kind != part_kind::eval) innermost_group(expr).has_eval = true;
     return open(expr, {.kind = part_kind::eval});
 }
@@ -287,12 +288,15 @@ result read_behind_item(expression& expr, behind_item& next) {
         skip_blanks(read);
         next = behind_item::item;
         if (const std::size_t size = operator_size(read.at); size != 0) return read_operator(expr, size);
-        const part_kind group = innermost_group(expr).kind;
-        if (*read.at == ',' && group == part_kind::call) return read_comma(expr);
-        if (*read.at != ')' || group == part_kind::group) {
+        const open_part& group = innermost_group(expr);
+        if (*read.at == ',' && group.kind == part_kind::call) return read_comma(expr);
+        if (*read.at != ')' || group.kind == part_kind::group) {
             next = behind_item::end;
-            if (group == part_kind::group) return result::ok;
-            return fault_at(expr.read, read.at, "')' is missing here");
+            if (group.kind == part_kind::group) return result::ok;
+            const bool has_all =
+                group.kind != part_kind::call || group.arguments + 1 == code_info[group.code].num_params;
+            return fault_at(expr.read, read.at,
+                            has_all ? "')' is missing here" : "a comma and another operand must stand here");
         }
         if (failed(close_group(expr))) return result::failed;
     }

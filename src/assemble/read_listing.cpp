@@ -154,7 +154,6 @@ result read_label_line(listing_state& state, std::size_t size) {
     const std::uint8_t* const start = read.at;
     const std::uint32_t position = position_of(read, start);
     const std::uint32_t place = script_size(to);
-    state.has_lines = true;
     label_key label = 0;
     if (failed(find_label(to.labels, to.listing, position, static_cast<std::uint32_t>(size), label)))
         return exhaust(read);
@@ -178,12 +177,28 @@ result read_declaration(reader& read) {
     return read_value(read);
 }
 
+// A word alone may be a label without its colon: that no line has it would only be the consequence.
+result note_lost_label(reader& read, std::size_t size) {
+    const std::uint8_t* const start = read.at;
+    if (*start == '$' || (start[size] != '\n' && start[size] != '\r')) return result::ok;
+    label_table& labels = read.to.labels;
+    label_key label = 0;
+    const auto length = static_cast<std::uint32_t>(size);
+    if (failed(find_label(labels, read.to.listing, position_of(read, start), length, label))) return exhaust(read);
+    (void)place_label(labels, label, script_size(read.to));
+    return result::ok;
+}
+
 result read_statement(listing_state& state, std::size_t size) {
     reader& read = state.read;
     const int found = find_code(characters(read.at), size);
     const auto code = static_cast<std::uint8_t>(found);
     const bool is_declaration = found == OP_DECL || (read.to.option.implicit_decl && is_reference(found));
+    if (is_reference(found) && !is_declaration && (read.at[size] == '[' || read.at[size] == '(')) {
+        return fault_at(read, read.at, "'decl' is missing in front of '%s'", code_info[code].name.padded());
+    }
     if (found == no_code || (code_info[code].type != STATEMENT && !is_declaration)) {
+        if (failed(note_lost_label(read, size))) return result::failed;
         return fault_at(read, read.at, "unknown statement of this game: '%.*s'", shown_size(size), characters(read.at));
     }
     if (failed(begin_line(state))) return result::failed;

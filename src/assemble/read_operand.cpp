@@ -1,5 +1,7 @@
 #include "assemble/read_operand.h"
 
+#include <utility>
+
 #include "assemble/read_expression.h"
 
 namespace {
@@ -7,9 +9,13 @@ namespace {
 // A text label at the reader's place.
 result read_text_of_label(reader& read, const text_label& label) {
     assembly& to = read.to;
-    if (to.table == nullptr) return fault_at(read, read.at, "a text label: name the text table with -t");
+    if (to.table == nullptr) {
+        if (std::exchange(read.lacks_table, true)) return failure();  // one fault, however many labels there are
+        return fault_at(read, read.at, "a text label: name the text table with -t");
+    }
     text_row* const row = find_row(*to.table, label.key);
     if (row == nullptr) {
+        if (!to.table->is_whole) return failure();  // perhaps only the consequence of that
         return fault_at(read, read.at, "the text table has no row '%.*s'", shown_size(label.size), characters(read.at));
     }
     row->is_used = true;
@@ -19,7 +25,20 @@ result read_text_of_label(reader& read, const text_label& label) {
         return result::ok;
     }
     quoted_text text = {to.table->file, source_file::table, to.faults, to.table->file.begin() + row->text};
-    return failed(read_quoted(text, to.script)) ? exhaust(read) : result::ok;
+    // A row may be named so often that no offset reaches its end.
+    if (failed(read_quoted(text, to.script)) || to.script.size() > max_source_size) return exhaust(read);
+    return result::ok;
+}
+
+// The label of a jump.
+result read_target(reader& read) {
+    skip_blanks(read);
+    const std::uint8_t* const start = read.at;
+    const std::size_t size = name_size(start);
+    if (find_code(characters(start), size) == OP_INT32 && start[size] == ' ' && name_bytes[start[size + 1]]) {
+        return fault_at(read, start, "a label must stand here, without 'int32'");
+    }
+    return read_label_use(read);
 }
 
 result read_operand(reader& read, code_type type) {
@@ -31,7 +50,7 @@ result read_operand(reader& read, code_type type) {
             put_byte(read.to, number);
             return result::ok;
         }
-        case INT32: return read_label_use(read);
+        case INT32: return read_target(read);
         case STR32: {
             skip_blanks(read);
             const std::size_t size = name_size(read.at);

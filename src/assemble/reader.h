@@ -24,6 +24,7 @@ struct reader {
     const std::uint8_t* at;                    // the next byte
     array<open_part> parts = {};               // of the expression that is read; kept for its memory
     const std::uint8_t* expression = nullptr;  // where it begins, while one is read
+    bool lacks_table = false;                  // a text label was reported because no text table is named
 };
 
 inline std::uint32_t position_of(const reader& read, const std::uint8_t* place) {

@@ -22,8 +22,11 @@ const std::uint8_t* find_line_end(const std::uint8_t* at) {
     return at;
 }
 
-// The end of the line, with a carriage return before its line feed.
-bool is_line_end(const std::uint8_t* at) { return *at == '\n' || (*at == '\r' && at[1] == '\n'); }
+// Whether only blanks stand in front of the line's end, a line feed or a carriage return and one.
+bool is_line_end(const std::uint8_t* at) {
+    while (*at == ' ' || *at == '\t') ++at;
+    return *at == '\n' || (*at == '\r' && at[1] == '\n');
+}
 
 // Where the field behind the next tab begins, or null.
 const std::uint8_t* next_field(const std::uint8_t* at) {
@@ -37,6 +40,7 @@ result read_row(text_table& table, fault_list& faults, const std::uint8_t* at, a
     const std::uint8_t* const offset = label.size != 0 && at[label.size] == '\t' ? at + label.size + 1 : nullptr;
     const std::uint8_t* const text = offset == nullptr ? nullptr : next_field(offset);
     if (text == nullptr || *text != '"') {
+        table.is_whole = false;
         return report(table, faults, at, "a row must be a label, an offset and a text in quotes, separated by tabs");
     }
     if (!table.rows.push_back({label.key, position_of(table.file, at), position_of(table.file, text + 1)})) {
@@ -100,6 +104,7 @@ result read_text_table(text_table& table, fault_list& faults) {
     for (const std::uint8_t* line = table.file.begin(); line < end; line = find_line_end(line) + 1) {
         if (is_line_end(line)) continue;
         if (has_end) {
+            table.is_whole = false;
             (void)report(table, faults, line, "nothing may stand behind the end line");
             break;
         }
@@ -114,6 +119,7 @@ result read_text_table(text_table& table, fault_list& faults) {
         if (table.rows.size() != rows) table.rows.back().is_wrong = true;
     }
     if (!has_end) {
+        table.is_whole = false;
         (void)report(table, faults, last_character(table.file),
                      "no end line, \"# end\", follows: a part of the text table is missing");
     }

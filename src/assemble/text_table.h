@@ -28,6 +28,7 @@ struct text_row {
 struct text_table {
     const source& file;
     array<text_row> rows = {};  // ascending by key, once the table is read
+    bool is_whole = true;       // false when faults hide rows
 };
 
 // Reads a whole table, and reports what is wrong with it. Fails when memory runs out.

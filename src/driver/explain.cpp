@@ -24,6 +24,8 @@ constexpr explanation explanations[] = {
     {"type=TEXT", "this data block is used as one of texts: what stands here is read as a text without its end"},
     {"type=INT16", "this data block is used as one of numbers: at its end a byte is left over"},
     {"'eval' not found", "what lies here is neither code nor named as data"},
+    {"expression", "what lies here is read as an expression, and is none"},
+    {"variable/data", "what lies here is read as a variable or an element of data, and is neither"},
 };
 
 // The failure is the first error behind the last one that the passes got over.
@@ -51,13 +53,15 @@ const line_start* line_of(const assembly& made, std::uint32_t offset) {
     return line != nullptr ? line : made.lines.begin();
 }
 
-// Where the failure is: at the first offset that the message shows.
+// Where the failure is: at the least offset that the message shows, other than one in front of it.
 const line_start* find_place(const assembly& made, std::string_view message) {
+    const line_start* place = made.lines.end() - 1;
+    message = message.substr(0, message.find(", prev="));
     for (std::size_t i = 0; i < message.size(); ++i) {
         std::uint32_t offset = 0;
-        if (read_offset(message.substr(i), offset)) return line_of(made, offset);
+        if (read_offset(message.substr(i), offset)) place = std::min(place, line_of(made, offset));
     }
-    return made.lines.end() - 1;
+    return place;
 }
 
 // The message with lines in place of offsets.

@@ -193,7 +193,7 @@ result start_remembering(walk_memory& memory) {
     const bool has_memory = memory.stretches.assign_zero(stretches) && memory.latest.assign_zero(2 * stretches) &&
                             memory.steps.assign_zero(static_cast<std::size_t>(size) / 8 + 1);
     if (!has_memory) return ERROR("memory exhausted! (size=%zu)", 2 * stretches * sizeof(std::uint32_t));
-    memory.messages.limit = 2 * static_cast<std::size_t>(size) + stretch_size * stretch_size;
+    memory.messages.limit = 2 * static_cast<std::size_t>(size) + std::size_t{stretch_size} * stretch_size;
     kept_messages = &memory.messages;
     memory.is_on = true;
     return push(memory.places, {});
