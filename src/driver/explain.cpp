@@ -92,7 +92,7 @@ void add_lines(line_message& to, const assembly& made, std::string_view message)
 
 bool explain_analysis(assembly& made, std::string_view messages) {
     std::string_view message = find_failure(messages);
-    if (message.empty() || messages.find("memory exhausted!") != std::string_view::npos) return false;
+    if (message.empty()) return false;
     const line_start* const place = find_place(made, message);
     message.remove_prefix(message.find(": ") + 2);
     for (const explanation& each : explanations) {

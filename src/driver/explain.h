@@ -6,7 +6,7 @@
 #include "assemble/assembly.h"
 
 // Reports the failure that the messages of the passes tell of, at the line that lies at its offset.
-// Returns whether they tell of one, and not of exhausted memory.
+// Returns whether they tell of one.
 bool explain_analysis(assembly& made, std::string_view messages);
 
 // Warns of the first "endif" that closes no "if", as the messages tell.

@@ -1,5 +1,6 @@
 #include "driver/rebuild.h"
 
+#include <string_view>
 #include <utility>
 
 #include "assemble/assembly.h"
@@ -28,10 +29,10 @@ void finish_analysis(conv& script, assembly& made) {
 
 // The messages of an analysis are wanted after all: the passes run once more. `outcome` is theirs. Fails
 // when memory runs out.
-result collect_messages(assembly& made, array<char>& messages, result& outcome) {
+result collect_messages(assembly& made, bool no_int16_to_text, array<char>& messages, result& outcome) {
     conv script;
     diagnostics.open(messages);
-    outcome = analyse_again(script, made, false);
+    outcome = analyse_again(script, made, no_int16_to_text);
     diagnostics.flush();
     finish_analysis(script, made);
     const bool is_complete = diagnostics.error() == 0;
@@ -39,18 +40,25 @@ result collect_messages(assembly& made, array<char>& messages, result& outcome) 
     return is_complete ? result::ok : result::failed;
 }
 
+// The messages of passes that failed. Fails when it was for want of memory.
+result collect_failure(assembly& made, bool no_int16_to_text, array<char>& messages) {
+    result again = result::ok;
+    if (failed(collect_messages(made, no_int16_to_text, messages, again)) || !failed(again)) return result::failed;
+    const std::string_view text(messages.data(), messages.size());
+    return text.find("memory exhausted!") == std::string_view::npos ? result::ok : result::failed;
+}
+
 rebuild_outcome explain_failure(assembly& made) {
     array<char> messages;
-    result again = result::ok;
-    const bool is_explained = !failed(collect_messages(made, messages, again)) && failed(again) &&
-                              explain_analysis(made, {messages.data(), messages.size()});
+    if (failed(collect_failure(made, false, messages))) return rebuild_outcome::exhausted;
+    const bool is_explained = explain_analysis(made, {messages.data(), messages.size()});
     return is_explained ? rebuild_outcome::refused : rebuild_outcome::exhausted;
 }
 
 rebuild_outcome find_lone_endif(assembly& made) {
     array<char> messages;
     result again = result::ok;
-    if (failed(collect_messages(made, messages, again)) || failed(again)) return rebuild_outcome::exhausted;
+    if (failed(collect_messages(made, false, messages, again)) || failed(again)) return rebuild_outcome::exhausted;
     warn_of_lone_endif(made, {messages.data(), messages.size()});
     return rebuild_outcome::built;
 }
@@ -70,8 +78,12 @@ rebuild_outcome check(assembly& made) {
     if (found.kind == comparison::data_differs) {
         // A listing may have been made without looking for texts among numbers.
         difference found_otherwise;
-        if (failed(compare_with(made, true, found_otherwise))) return rebuild_outcome::exhausted;
-        if (found_otherwise.kind == comparison::equal) found = found_otherwise;
+        array<char> messages;
+        const bool can_list = !failed(compare_with(made, true, found_otherwise));
+        if (!can_list && failed(collect_failure(made, true, messages))) return rebuild_outcome::exhausted;
+        const bool is_equal = can_list && found_otherwise.kind == comparison::equal;
+        if (is_equal) found = found_otherwise;
+        options.no_int16_to_text = is_equal;
     }
     if (found.kind == comparison::exhausted) return rebuild_outcome::exhausted;
     if (found.kind != comparison::equal) report_difference(made, found);
