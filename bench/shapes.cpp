@@ -412,6 +412,9 @@ constexpr std::array shapes = {
     script_shape{"walks_uncovering", "regions that uncover each other", made<walks_uncovering>, ""},
     script_shape{"walks_in_nesting", "jumps into texts at every depth", made<walks_in_nesting>, ""},
     script_shape{"walks_in_keywords", "jumps into the keywords of one chain", made<walks_in_keywords>, ""},
+    script_shape{"walks_naming_nested", "letters of a nested text as data blocks", made<walks_naming_nested>, "",
+                 false},
+    script_shape{"walks_naming_chain", "letters of keywords as data blocks", made<walks_naming_keywords>, "", false},
     script_shape{"walks_in_passage", "jumps into one double-byte passage", made<walks_in_passage>, "", false},
     script_shape{"walks_in_literals", "jumps into one expression", made<walks_in_literals>, "", false},
     script_shape{"walks_in_references", "jumps into one variable reference", made<walks_in_references>, "", false},
@@ -424,6 +427,7 @@ std::span<const script_shape> script_shapes() { return shapes; }
 script_bytes make_nested_ifs(std::size_t depth) { return made<nested_ifs>(depth, 0); }
 script_bytes make_nested_elses(std::size_t depth) { return made<nested_elses>(depth, 0); }
 script_bytes make_nested_keywords(std::size_t depth) { return made<nested_keywords>(depth, 0); }
+script_bytes make_known_halves(std::size_t depth) { return made<walks_into_halves>(depth, 0); }
 script_bytes make_siblings(std::size_t count) { return script_bytes(count, op_sleep); }
 script_bytes make_left_deep(std::size_t items) { return made<assignment<left_deep>>(items, 1); }
 script_bytes make_right_deep(std::size_t items) { return made<assignment<right_deep>>(items, 1); }

@@ -26,6 +26,7 @@ std::span<const script_shape> script_shapes();
 script_bytes make_nested_ifs(std::size_t depth);
 script_bytes make_nested_elses(std::size_t depth);
 script_bytes make_nested_keywords(std::size_t depth);
+script_bytes make_known_halves(std::size_t depth);
 
 // One expression of `items` values with an operator for each two, or of `items` function calls.
 script_bytes make_left_deep(std::size_t items);

@@ -10,15 +10,42 @@ constexpr std::size_t op_add = 0x90;
 using targets = std::vector<label>;
 using body_writer = void (*)(script_builder& b, const targets& t);
 
+static void name_block(script_builder& b, label block) { b.code({op_addkarma, op_int32}).address(block).byte(op_eval); }
+
 // Jumps to the targets, which the body places, then a block that is known from the start.
 template <body_writer body>
 static void walks(script_builder& b, std::size_t count) {
     const label block = b.new_label();
-    b.code({op_addkarma, op_int32}).address(block).byte(op_eval);
+    name_block(b, block);
     targets t(std::max<std::size_t>(count, 9));
     for (label& target : t) b.jump_to(target = b.new_label());
     body(b, t);
     b.place(block).int16(0x1234);
+}
+
+// Jumps to the targets, which the body places; then regions that each name one of them as a data block and
+// jump to before the body.
+template <body_writer body>
+static void walks_naming(script_builder& b, std::size_t count) {
+    const label block = b.new_label();
+    label region = b.new_label();
+    targets named(count);
+    targets entries(count);
+    b.jump_to(region);
+    for (label& target : named) b.jump_to(target = b.new_label());
+    name_block(b, block);
+    b.byte('a');
+    for (label& entry : entries) b.place(entry = b.new_label()).byte('b');
+    body(b, named);
+    b.place(block).int16(0x1234);
+    for (std::size_t i = 0; i < count; ++i) {
+        const label own_block = b.new_label();
+        b.place(region).jump_to(entries[i]);
+        if (i + 1 < count) b.jump_to(region = b.new_label());
+        name_block(b, named[i]);
+        name_block(b, own_block);
+        b.place(own_block).int16(0x1234);
+    }
 }
 
 static void text_of(script_builder& b, const targets& t) {
@@ -65,6 +92,15 @@ static void in_nesting(script_builder& b, const targets& t) {
             for (std::size_t k = 0; k <= i % depth; ++k) b.code({op_endif, op_sleep});
         }
     }
+}
+
+static void in_nested_text(script_builder& b, const targets& t) {
+    const std::size_t depth = std::min<std::size_t>(t.size(), 3900);
+    for (std::size_t i = 0; i < depth; ++i) b.code({op_if, 5, op_eval});
+    b.byte('a');
+    for (const label target : t) b.place(target).byte('b');
+    for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
+    b.byte(op_sleep);
 }
 
 static void in_keywords(script_builder& b, const targets& t) {
@@ -124,6 +160,8 @@ void walks_in_passage(script_builder& b, std::size_t size) { walks<in_passage>(b
 void walks_in_literals(script_builder& b, std::size_t size) { walks<in_literals>(b, size / 7); }
 void walks_in_references(script_builder& b, std::size_t size) { walks<in_references>(b, size / 8); }
 void walks_in_conditions(script_builder& b, std::size_t size) { walks<in_conditions>(b, size / 15); }
+void walks_naming_nested(script_builder& b, std::size_t size) { walks_naming<in_nested_text>(b, size / 42); }
+void walks_naming_keywords(script_builder& b, std::size_t size) { walks_naming<in_keywords>(b, size / 47); }
 void walks_in_hidden_ifs(script_builder& b, std::size_t size) { walks<in_hidden_ifs>(b, size / 8); }
 
 // From the last region to the first, each uncovered by the one behind it.
@@ -148,7 +186,7 @@ void walks_uncovering(script_builder& b, std::size_t size) {
     constexpr std::size_t region = 24;
     const std::size_t count = size / region;
     const label block = b.new_label();
-    b.code({op_addkarma, op_int32}).address(block).byte(op_eval);
+    name_block(b, block);
     const std::size_t first = b.size() + 5;
     b.jump_to_offset(first + 1);
     for (std::size_t i = 0; i < count; ++i) {
@@ -158,4 +196,23 @@ void walks_uncovering(script_builder& b, std::size_t size) {
         b.jump_to_offset(first + region * i + 3).code({op_sleep, op_sleep, op_sleep, op_sleep});
     }
     b.place(block).int16(0x1234);
+}
+
+// First from the inner half, then from the outer one.
+void walks_into_halves(script_builder& b, std::size_t depth) {
+    const label block = b.new_label();
+    const label outer = b.new_label();
+    const label inner = b.new_label();
+    name_block(b, block);
+    b.jump_to(inner).place(block).int16(0x1234).place(outer);
+    for (std::size_t i = 0; i < depth; ++i) {
+        if (i == depth / 2) b.place(inner);
+        b.code({op_if, 5, op_eval});
+    }
+    b.byte('a');
+    for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
+    const label last = b.new_label();
+    b.jump_to(outer);
+    name_block(b, last);
+    b.place(last).int16(0x1234);
 }

@@ -20,6 +20,8 @@ constexpr int no_line = -1;
     return length < 0 ? length : begun + length;
 }
 
+bool is_quiet() { return kept_messages != nullptr && kept_messages->is_quiet; }
+
 void keep(std::string_view message) {
     if (kept_messages == nullptr) return;
     message_copy& copy = *kept_messages;
@@ -40,12 +42,12 @@ void keep(std::string_view message) {
     if (size < room.size()) {
         room[size] = '\n';
         keep({room.data(), size + 1});
-        diagnostics.advance(room.data() + size + 1);
+        if (!is_quiet()) diagnostics.advance(room.data() + size + 1);
     } else if (length >= 0 && text.assign_unset(size + 1)) {
         (void)format_message({text.data(), text.size()}, severity, line, format, again);
         text[size] = '\n';
         keep({text.data(), text.size()});
-        diagnostics.put({text.data(), text.size()});
+        if (!is_quiet()) diagnostics.put({text.data(), text.size()});
     } else {
         room.back() = '\n';
         diagnostics.advance(room.data() + room.size());
@@ -57,7 +59,7 @@ void keep(std::string_view message) {
 }  // namespace
 
 void repeat_messages(const message_copy& copy, std::size_t begin, std::size_t end) {
-    diagnostics.put({copy.text.data() + begin, end - begin});
+    if (!is_quiet()) diagnostics.put({copy.text.data() + begin, end - begin});
     // What is added may move the text.
     for (; begin != end; ++begin) keep({std::array{copy.text[begin]}.data(), 1});
 }
@@ -76,4 +78,7 @@ void report_at(const char* severity, int line, const char* format, ...) {
     va_end(arguments);
 }
 
-failure memory_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }
+failure memory_exhausted(std::size_t size) {
+    if (kept_messages != nullptr) kept_messages->is_quiet = false;
+    return ERROR("memory exhausted! (size=%zu)", size);
+}

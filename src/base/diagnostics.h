@@ -16,6 +16,7 @@ struct message_copy {
     array<char> text;
     std::size_t limit = 0;
     std::uint32_t lost = 0;
+    bool is_quiet = false;  // messages go nowhere else
 };
 
 // Takes a copy of each message, when there is one.

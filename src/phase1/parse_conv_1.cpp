@@ -10,9 +10,10 @@
 #include "base/diagnostics.h"
 #include "model/block.h"
 #include "model/text.h"
+#include "phase1/known_ifs_1.h"
+#include "phase1/known_ways_1.h"
 #include "phase1/parse_operand_1.h"
 #include "phase1/recover_1.h"
-#include "phase1/walk_memory_1.h"
 
 namespace {
 
@@ -22,7 +23,6 @@ struct walk_state {
     // lowest on top. Those walked since are dropped when they come up.
     array<std::int32_t> open_targets = {};
     walk_memory memory;
-    int depth = 0;
 };
 
 // One walk: the top level or a sub block. The cursor moves on as the walk consumes bytes; it may
@@ -44,11 +44,10 @@ std::uint8_t byte_at_cursor(const block_walk& block) { return conv_byte(block.sc
 std::int32_t bytes_left(const block_walk& block) { return block.script.data_size - block.cursor; }
 
 result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
-    if (outer.shared.depth == max_nesting) return ERROR("nesting too deep: offset=%08X", opener);
+    if (!enter_block(outer.shared.memory)) return ERROR("nesting too deep: offset=%08X", opener);
     block_walk inner = {.shared = outer.shared, .script = outer.script, .cursor = outer.cursor, .kind = kind};
-    ++outer.shared.depth;
     const result outcome = walk_block(inner);
-    --outer.shared.depth;
+    leave_block(outer.shared.memory);
     outer.cursor = inner.cursor;
     return outcome;
 }
@@ -157,14 +156,47 @@ result end_if(block_walk& block, std::int32_t start) {
 }
 
 // A1 condition branch, then A2, or A3 branch A2.
-result walk_if(block_walk& block) {
+result walk_unknown_if(block_walk& block) {
+    walk_memory& memory = block.shared.memory;
     const std::int32_t start = block.cursor;
+    const if_walk walk = begin_if_walk(memory, start);
     if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
     if (byte_at_cursor(block) == OP_ELSE) {
         const std::int32_t start_of_else = block.cursor;
         if (failed(begin_else(block)) || failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
     }
-    return end_if(block, start);
+    if (failed(end_if(block, start))) return result::failed;
+    return memory.is_on ? end_if_walk(memory, walk, block.cursor) : result::ok;
+}
+
+// Walks a part of a known if again without a word. Where that fails, the run ends: everything is walked
+// from here on, and says why. Fails when memory runs out, after its message.
+result walk_again(block_walk& block, std::int32_t start) {
+    walk_memory& memory = block.shared.memory;
+    const path_moment before = moment_at(memory, start, 0);
+    const bool was_quiet = std::exchange(memory.messages.is_quiet, true);
+    block_walk part = {.shared = block.shared, .script = block.script, .cursor = start, .kind = {}};
+    const result outcome = walk_unknown_if(part);
+    if (!memory.messages.is_quiet) return result::failed;
+    memory.messages.is_quiet = was_quiet;
+    take_back(memory, before);
+    if (failed(outcome)) forget_walks(memory);
+    return result::ok;
+}
+
+result walk_if(block_walk& block) {
+    walk_memory& memory = block.shared.memory;
+    const std::uint32_t known = memory.is_on ? find_if(memory, block.cursor) : 0;
+    if (known == 0) return walk_unknown_if(block);
+    std::uint32_t changed = find_changed(memory, known);
+    if (changed != 0 && changed != known) {
+        if (failed(walk_again(block, memory.ifs[changed].offset))) return result::failed;
+        changed = find_changed(memory, known);
+    }
+    if (changed != 0) return walk_unknown_if(block);
+    pass_if(memory, known);
+    block.cursor = memory.ifs[known].end;
+    return result::ok;
 }
 
 // EF text: one keywords statement, up to its answer.
@@ -335,7 +367,7 @@ result walk_expression(block_walk& block) {
     DEBUG("EXPR: offset=%08X", block.cursor);
     if (failed(walk_expression_operand(block))) {
         if (failed(recover_as_data_block(block.script, block.cursor))) return result::failed;
-        note_recovery(block.shared.memory);
+        forget_walks(block.shared.memory);
     }
     DEBUG("EXPR END: offset=%08X", block.cursor);
     return result::ok;

@@ -2,6 +2,7 @@
 
 #include "base/diagnostics.h"
 #include "model/reference.h"
+#include "phase1/known_ways_1.h"
 
 namespace {
 

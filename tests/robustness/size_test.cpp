@@ -20,6 +20,10 @@ TEST(size_test, nested_blocks) {
     for (const auto make : {make_nested_ifs, make_nested_elses, make_nested_keywords}) expect_listed(make(4100));
 }
 
+TEST(size_test, known_blocks_in_others) {
+    for (const std::size_t depth : {4100, 4101}) expect_listed(make_known_halves(depth), depth == 4100);
+}
+
 TEST(size_test, every_shape) {
     for (const script_shape& shape : script_shapes()) {
         SCOPED_TRACE(shape.name);
