@@ -1,7 +1,7 @@
 // Phase 1: the ifs that were walked.
 //
 // An if is the same wherever it stands: its closers, and with them its end, follow from its bytes alone. A
-// data block start inside it changes nothing as long as it lies within a step, and else ends the run:
+// data block start inside it changes nothing within a step or at a closer, and else ends the run:
 //
 //     A1 .. A7                 if
 //        A1 .. A7              if
@@ -12,7 +12,8 @@
 // So what is to be found out about a known if is whether new data blocks have come to lie in it at a step.
 // Each remembers the longest known if in it, and leaps over many of those: where nothing has changed
 // around an inner if, that one is looked at instead, and the innermost that has changed is walked again,
-// without a word. If it still ends, says the same, so do all those around it.
+// without a word. If it ends as before and says the same, so do all those around it. An if that is not the
+// longest is at most half as long as what is around it: few of them lie in each other.
 #pragma once
 
 #include <cstdint>

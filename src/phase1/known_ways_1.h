@@ -4,6 +4,10 @@
 // of a leap over many, so that to follow it and to find what still holds of it takes a logarithm of its
 // length. A place is known by its offset and by what the walk was doing there, its role; ways that join
 // have the rest of the chain in common.
+//
+// Places become known so far apart that walking from one to the next costs little. What a path costs is,
+// from its end on, what another walk would pay for it: up to its first known place. So what lies around a
+// path that is known is as cheap as the path itself, and need not become known for its sake.
 #pragma once
 
 #include <cstdint>
@@ -21,9 +25,9 @@ struct path {
     path_moment first = {};       // where the walk began
     path_moment last = {};        // where the last step did
     std::int64_t edge_start = 0;  // the cost where the edge begins
-    std::int64_t lead = -1;       // the cost up to the first known place, and of what is not kept behind it
-    std::int32_t deepest = 0;     // up to the last step, and before the walk
-    std::size_t trail = 0;
+    std::int64_t lead = -1;       // the cost up to the first known place and of edges that are not kept, -1 for all
+    std::int32_t deepest = 0;     // before the walk and up to its last step
+    std::size_t trail = 0;        // where its part of the memory's trail begins
 };
 
 path begin_path(walk_memory& memory, path_role role, std::int32_t offset);

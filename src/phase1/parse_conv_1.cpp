@@ -156,7 +156,7 @@ result end_if(block_walk& block, std::int32_t start) {
 }
 
 // A1 condition branch, then A2, or A3 branch A2.
-result walk_unknown_if(block_walk& block) {
+result walk_whole_if(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     const std::int32_t start = block.cursor;
     const if_walk walk = begin_if_walk(memory, start);
@@ -176,7 +176,7 @@ result walk_again(block_walk& block, std::int32_t start) {
     const path_moment before = moment_at(memory, start, 0);
     const bool was_quiet = std::exchange(memory.messages.is_quiet, true);
     block_walk part = {.shared = block.shared, .script = block.script, .cursor = start, .kind = {}};
-    const result outcome = walk_unknown_if(part);
+    const result outcome = walk_whole_if(part);
     if (!memory.messages.is_quiet) return result::failed;
     memory.messages.is_quiet = was_quiet;
     take_back(memory, before);
@@ -184,16 +184,17 @@ result walk_again(block_walk& block, std::int32_t start) {
     return result::ok;
 }
 
+// Passes a known if, or walks it.
 result walk_if(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     const std::uint32_t known = memory.is_on ? find_if(memory, block.cursor) : 0;
-    if (known == 0) return walk_unknown_if(block);
+    if (known == 0) return walk_whole_if(block);
     std::uint32_t changed = find_changed(memory, known);
     if (changed != 0 && changed != known) {
         if (failed(walk_again(block, memory.ifs[changed].offset))) return result::failed;
         changed = find_changed(memory, known);
     }
-    if (changed != 0) return walk_unknown_if(block);
+    if (changed != 0) return walk_whole_if(block);
     pass_if(memory, known);
     block.cursor = memory.ifs[known].end;
     return result::ok;

@@ -93,7 +93,7 @@ constexpr std::size_t stretch_of(std::int32_t offset) { return static_cast<std::
 struct walk_memory {
     conv& script;
     bool is_on = false;
-    std::int64_t cost = 0;  // looks, but few for what need not be walked again
+    std::int64_t cost = 0;  // looks that walking here again would cost
     std::int64_t spacing = 24;
 
     array<known_place> places = {};       // the first is none
@@ -104,7 +104,7 @@ struct walk_memory {
     array<std::uint32_t> if_stretches = {};  // the first known if of each stretch
     std::uint32_t longest = 0;               // known if so far in the one that is being walked
 
-    array<std::uint8_t> steps = {};    // one bit for each offset: a block's step began there
+    array<std::uint8_t> steps = {};    // one bit for each offset: in some walk a block's step began there
     array<std::uint32_t> latest = {};  // a tree over the stretches: the last change in each part
     std::uint32_t changes = 1;         // data blocks that were found where steps began, and recoveries
     std::uint32_t since = 1;           // what was walked before this change is forgotten
@@ -123,7 +123,7 @@ inline void count_looks(walk_memory& memory, std::int64_t looks) {
     memory.cost += looks;
 }
 
-// How much walking costs at least what becomes known. Steps of blocks hold known stretches themselves.
+// How much at least walking costs between known places. Steps of blocks hold such places themselves.
 inline std::int64_t spacing_of(const walk_memory& memory, path_role role) {
     return role < path_role::item ? 4 * memory.spacing : memory.spacing;
 }
