@@ -70,6 +70,11 @@ class way_back_test(unittest.TestCase):
             texts = [[row.split(b"\t")[2] for row in rows.splitlines()[1:-1]] for rows in (translated, pathlib.Path("again").read_bytes())]
             self.assertEqual(*texts)
 
+    def test_many_labels(self):
+        targets = [i * 7 % 300 for i in range(300)]
+        pathlib.Path("listing").write_bytes(b"".join(b"own_%d:\n    jump own_%d\n" % jump for jump in enumerate(targets)) + b"; END\n")
+        self.assertEqual(self.make(), b"".join(b"\xB0" + (5 * target).to_bytes(4, "little") for target in targets))
+
     def test_cut_expression(self):
         pathlib.Path("script").write_bytes(b"\x9C\x09" + b"\x09\x90" * 3000 + b"\xA7\xB6")
         self.list("--kv", "script")

@@ -115,7 +115,7 @@ result begin_call(expression& expr, std::uint8_t code) {
     if (!take(read, '(')) {
         return fault_at(expr.read, read.at, "'(' and the operands of '%s' must stand here", name_of(code));
     }
-    return open(expr, {.kind = part_kind::call, .code = code, .position = position_of(read, read.at)});
+    return open(expr, {.kind = part_kind::call, .code = code});
 }
 
 result begin_eval(expression& expr, const std::uint8_t* start) {
@@ -174,7 +174,7 @@ result read_item(expression& expr, bool& is_open) {
     if (byte == '(') {
         is_open = true;
         ++read.at;
-        return open(expr, {.kind = part_kind::parenthesis, .position = position_of(read, read.at - 1)});
+        return open(expr, {.kind = part_kind::parenthesis});
     }
     if (word_size(read.at) != 0) return read_word(expr, is_open);
     return fault_at(expr.read, read.at, "an item of an expression is missing here");

@@ -15,7 +15,6 @@ struct open_part {
     std::uint8_t operations = 0;  // in a group: 2 stands for more
     bool has_eval = false;        // in a group: one of its items has an "eval" of its own
     bool begins_wrapped = false;  // the right operand begins with parentheses that a plain listing has too
-    std::uint32_t position = 0;
 };
 
 // Reads the listing from its start to its end.

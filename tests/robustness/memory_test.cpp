@@ -140,7 +140,7 @@ std::set<std::string> failures_of(const bytes& script) {
 // fails is run once more for its messages, and may tell then what is wrong.
 void fail_way_back(const char* lines, const std::string& fault = "") {
     constexpr const char* arguments[] = {"varsul-as", "-t", "text", "-o", "script", "listing"};
-    std::ofstream("text") << "T0007_0000\t0\t\"a\"\n# end\n";
+    std::ofstream("text") << "T0007_0000\t0\t\"{\x82\xA0}\"\n# end\n";
     std::ofstream("listing") << "    slook T0007_0000\n" << lines << "; END\n";
     for (long n = 1;; ++n) {
         SCOPED_TRACE(n);
@@ -185,6 +185,9 @@ TEST(memory_test, every_allocation_fails) {
                        0,    0xEE, 0xA3, 'H',  0xA6, 1,    0xB2, 0xA8, 2,    0xA7, 0x9E, 0xA2, 0xFF, 7,    'N', 0xB6});
         failures_of(script);
     }
+    bytes texts = {0xB5, 0xD2, 8, 0, 0, 0, 1, 0xA7};
+    for (int i = 0; i < 260; ++i) texts.insert(texts.end(), {'a', 0});
+    failures_of(texts);
 
     fail_way_back("; 00000000: 00\n    keywords \"a\"\n    answer\n    endanswer\n    addkarma eval (1 + 2)\n");
     fail_way_back(
