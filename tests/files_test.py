@@ -61,7 +61,14 @@ class files_test(unittest.TestCase):
             errors.unlink(missing_ok=True)
 
     def test_scripts_that_cannot_be_read(self):
-        reasons = {"missing": "open", "sealed": "open", "pipe": "seek(SEEK_END)", "folder": "read", "empty": "read",
+        folder = os.open("folder", os.O_RDONLY)
+        self.addCleanup(os.close, folder)
+        try:
+            os.lseek(folder, 0, os.SEEK_END)
+            of_folder = "read"
+        except OSError:
+            of_folder = "seek(SEEK_END)"  # where the file system has folders without a length
+        reasons = {"missing": "open", "sealed": "open", "pipe": "seek(SEEK_END)", "folder": of_folder, "empty": "read",
                    "huge": "read", "/dev/zero": "read", "/dev/null": "read"}
         for name, reason in reasons.items():
             if name != "sealed" or not IS_ROOT:
