@@ -17,7 +17,7 @@ import { drawMessages } from "./views/messages";
 import { drawScriptBar } from "./views/script_bar";
 import { drawScripts } from "./views/scripts";
 import { drawTexts } from "./views/texts/table";
-import { drawWelcome } from "./views/welcome";
+import { drawWelcome, examples } from "./views/welcome";
 
 // A script that takes longer is ended.
 const secondsForScript = 15;
@@ -78,6 +78,8 @@ async function start(): Promise<void> {
     listing.flush();
     if (store.state.scripts.some(hasUnsaved)) event.preventDefault();
   });
+  const example = await workbench.warmUp(examples).catch(() => "");
+  requestIdleCallback(() => listing.rehearse(example));
 }
 
 void start();

@@ -1,12 +1,12 @@
 // What a user can have done: each act asks the workers where it must, and sends messages to the state.
-import type { Requests as LibraryRequests } from "../library/protocol";
+import type { ListedWithDump, Requests as LibraryRequests } from "../library/protocol";
 import { offsetsOf } from "../listing/offsets";
-import { readOutline } from "../listing/outline";
+import { readOutline, type Outline } from "../listing/outline";
 import { Stopped, type Workers } from "../remote/workers";
 import { decode } from "../script/encoding";
 import type { Bytes, Game, ListOption } from "../script/script";
 import type { Picked } from "./files";
-import { gameOf, openScript, type Place, type Script, type ScriptChange, type View } from "./state";
+import { gameOf, openScript, type Place, type Script, type ScriptChange, type Shown, type View } from "./state";
 import type { Store } from "./store";
 import { Summaries } from "./summaries";
 
@@ -52,9 +52,10 @@ export class Workbench {
     this.notice(`${scripts.length} ${scripts.length === 1 ? "script" : "scripts"} to compare with`);
   }
 
-  // Lists some scripts for nobody, so that the first one of the user finds all workers awake.
-  warmUp(scripts: readonly { bytes: Bytes; game: Game }[]): void {
-    for (const script of scripts) void this.library.ask("summarise", script).catch(() => {});
+  // Lists some scripts for nobody, so that the first one of the user finds all workers awake. Gives a listing.
+  async warmUp(scripts: readonly { bytes: Bytes; game: Game }[]): Promise<string> {
+    const listed = scripts.map(({ bytes, game }) => this.library.ask("list", { bytes, game, options: [] }));
+    return decode((await Promise.all(listed))[0]!.listing);
   }
 
   close(id: number): void {
@@ -155,12 +156,7 @@ export class Workbench {
     try {
       const listed = await this.list(bytes, gameOf(this.store.state, script), options);
       if (run !== this.listRun) return;
-      const listing = decode(listed.listing);
-      const offsets = offsetsOf(listing, decode(listed.withDump));
-      const outline = readOutline(listing, undefined, (line) => offsets[line - 1]! >= 0);
-      const { status, table, messages } = listed;
-      const shown = { id, bytes, status, listing, listingBytes: listed.listing, table, messages, offsets, outline };
-      this.store.send({ is: "listed", shown });
+      this.store.send({ is: "listed", shown: shownFrom(id, bytes, listed) });
     } catch (fault) {
       if (run !== this.listRun || fault instanceof Stopped) return;
       this.store.send({ is: "listed", shown: failedListing(script, (fault as Error).message) });
@@ -169,6 +165,20 @@ export class Workbench {
 }
 
 const nameStartsWithDot = (path: string) => /(^|\/)\.[^/]*$/.test(path);
+
+// The outline is read when it is first asked for, so that the listing can be seen before.
+function shownFrom(id: number, bytes: Bytes, listed: ListedWithDump): Shown {
+  const listing = decode(listed.listing);
+  const offsets = offsetsOf(listing, decode(listed.withDump));
+  const { status, table, messages } = listed;
+  let outline: Outline | undefined;
+  return {
+    ...{ id, bytes, status, listing, listingBytes: listed.listing, table, messages, offsets },
+    get outline() {
+      return (outline ??= readOutline(listing, undefined, (line) => offsets[line - 1]! >= 0));
+    },
+  };
+}
 
 const failedListing = ({ id, bytes }: Script, message: string) => ({
   id,

@@ -14,7 +14,7 @@ interface Example {
   readonly bytes: Bytes;
 }
 
-const examples: readonly Example[] = [
+export const examples: readonly Example[] = [
   {
     path: "lantern-keeper.scr",
     title: "The lantern keeper",
@@ -73,7 +73,6 @@ export function drawWelcome(place: HTMLElement, workbench: Workbench): void {
   const draw = () => (place.hidden = store.state.scripts.length > 0);
   store.listen(draw);
   draw();
-  workbench.warmUp(examples.map(({ bytes, game }) => ({ bytes, game })));
 }
 
 function card({ path, title, about, game, bytes }: Example, workbench: Workbench): HTMLElement {

@@ -72,6 +72,11 @@ export class ListingView {
     workbench.store.listen((state) => this.draw(state));
   }
 
+  // Draws a listing and takes it away unseen, so that the first one to be seen finds all code compiled.
+  rehearse(listing: string): void {
+    new EditorView({ parent: document.body, state: this.fresh(listing) }).destroy();
+  }
+
   // The line of the cursor.
   get line(): number {
     return this.view.state.doc.lineAt(this.view.state.selection.main.head).number;
@@ -182,9 +187,16 @@ export class ListingView {
     this.known = listing;
     this.knownDoc = this.view.state.doc;
     if (!this.shown) return;
-    const effects: StateEffect<unknown>[] = [setOutline.of(draft ? readOutline(draft.listing) : this.shown.outline)];
-    if (!draft) effects.push(setOffsets.of({ offsets: this.shown.offsets, bytes: this.shown.bytes }));
-    this.view.dispatch({ effects });
+    const { shown, knownDoc } = this;
+    if (!draft) this.view.dispatch({ effects: setOffsets.of({ offsets: shown.offsets, bytes: shown.bytes }) });
+    // The listing is to be seen first.
+    requestIdleCallback(
+      () => {
+        if (this.shown !== shown || this.view.state.doc !== knownDoc) return;
+        this.view.dispatch({ effects: setOutline.of(draft ? readOutline(draft.listing) : shown.outline) });
+      },
+      { timeout: readAfter },
+    );
   }
 
   // A draft that came from elsewhere, as from the table of texts.
