@@ -40,7 +40,7 @@ function summarise(bytes: Bytes, game: Game): Summary {
     const listed = library.list(bytes, game, none);
     const others = games
       .filter((other) => other !== game)
-      .map((other) => ({ game: other, ...library.list(bytes, other, none) }));
+      .map((other) => Object.assign(library.list(bytes, other, none), { game: other }));
     const alike = (other: Listed) => other.status === 0 && sameBytes(other, listed);
     const { outline, texts } = textsOf(listed, () => library.list(bytes, game, new Set(["dump"])));
     return {

@@ -97,7 +97,7 @@ export class Editing {
       const { lines, isExact } = await this.exactLines(script, draft);
       const { bytes: listing } = encode(lines.join("\n"));
       const table = draft.options.includes("textLabel") ? draft.table : new Uint8Array(0);
-      const built = await this.workbench.library.ask("rebuild", { listing, table }, true);
+      const built = await this.workbench.workers.ask("rebuild", { listing, table }, true);
       if (this.workbench.script(id)?.draft !== draft) return false;
       if (!built.script)
         return this.refuse(built.faults.map((fault) => placed(fault, draft.listing, listing, isExact)));

@@ -16,14 +16,14 @@ export class Summaries {
 
   constructor(
     private readonly store: Store,
-    private readonly library: Workers<Requests>,
+    private readonly workers: Workers<Requests>,
   ) {}
 
   ask(scripts: readonly Script[]): void {
     this.asked += scripts.length;
     for (const script of scripts) {
       const game = gameOf(this.store.state, script);
-      void this.library
+      void this.workers
         .ask("summarise", { bytes: script.bytes, game })
         .catch((fault: Error) => (fault instanceof Stopped ? null : failed(fault.message)))
         .then((summary) => this.take(script, game, summary));

@@ -21,9 +21,9 @@ export class Workbench {
 
   constructor(
     readonly store: Store,
-    readonly library: Workers<LibraryRequests>,
+    readonly workers: Workers<LibraryRequests>,
   ) {
-    this.summaries = new Summaries(store, library);
+    this.summaries = new Summaries(store, workers);
   }
 
   // Opens scripts; one alone is shown at once.
@@ -54,7 +54,7 @@ export class Workbench {
 
   // Lists some scripts for nobody, so that the first one of the user finds all workers awake. Gives a listing.
   async warmUp(scripts: readonly { bytes: Bytes; game: Game }[]): Promise<string> {
-    const listed = scripts.map(({ bytes, game }) => this.library.ask("list", { bytes, game, options: [] }));
+    const listed = scripts.map(({ bytes, game }) => this.workers.ask("list", { bytes, game, options: [] }));
     return decode((await Promise.all(listed))[0]!.listing);
   }
 
@@ -64,7 +64,7 @@ export class Workbench {
 
   stop(): void {
     ++this.stops;
-    this.library.stop();
+    this.workers.stop();
   }
 
   // Lists what was left when the listing of many scripts was stopped.
@@ -127,7 +127,7 @@ export class Workbench {
 
   // A listing of some bytes.
   list(bytes: Bytes, game: Game, options: readonly ListOption[]) {
-    return this.library.ask("list", { bytes, game, options: [...options] }, true);
+    return this.workers.ask("list", { bytes, game, options: [...options] }, true);
   }
 
   private async read(files: readonly Picked[], ownGame: Game | null): Promise<Script[]> {
