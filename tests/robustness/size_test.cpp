@@ -21,14 +21,14 @@ TEST(size_test, nested_blocks) {
 }
 
 TEST(size_test, known_blocks_in_others) {
-    for (const std::size_t depth : {4100, 4101}) expect_listed(make_known_halves(depth), depth == 4100);
+    for (const std::size_t depth : {4100U, 4101U}) expect_listed(make_known_halves(depth), depth == 4100);
 }
 
 TEST(size_test, every_shape) {
     for (const script_shape& shape : script_shapes()) {
         SCOPED_TRACE(shape.name);
         // In the small one all walks are taken to compare them with those that remember.
-        for (const std::size_t size : {4 << 10, 1 << 20}) expect_listed(shape.make(size, 1), shape.is_sound);
+        for (const std::size_t size : {4U << 10, 1U << 20}) expect_listed(shape.make(size, 1), shape.is_sound);
     }
 }
 
