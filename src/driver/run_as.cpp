@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 
@@ -18,6 +19,24 @@ constinit writer text_out;
 // Names of standard input in messages as of any file.
 const char* shown_name(const char* name) { return name[0] == '-' && name[1] == '\0' ? "(standard input)" : name; }
 
+// The line, of a long one as much as is around the place, without what a terminal would obey; and a caret
+// below the place.
+void print_line(const std::uint8_t* line, std::size_t place) {
+    constexpr std::size_t most = 240;
+    std::size_t size = 0;
+    while (line[size] != '\n') ++size;
+    if (size != 0 && line[size - 1] == '\r') --size;
+    const std::size_t before = std::min(place, most / 2);
+    const std::size_t start = size <= most ? 0 : std::min(place - before, size - most);
+    for (std::size_t i = start; i < std::min(size, start + most); ++i) {
+        const bool is_shown = line[i] >= ' ' || line[i] == '\t';
+        diagnostics.put(is_shown ? static_cast<char>(line[i]) : '?');
+    }
+    diagnostics.put('\n');
+    for (std::size_t i = start; i < place; ++i) diagnostics.put(line[i] == '\t' ? '\t' : ' ');
+    diagnostics.put("^\n");
+}
+
 // "FILE:LINE:COLUMN: error: TEXT", the line, and a caret below its place.
 void print_fault(const fault& each, const source& text, const char* name) {
     char place[64];
@@ -27,14 +46,7 @@ void print_fault(const fault& each, const source& text, const char* name) {
     diagnostics.put(place);
     diagnostics.put(each.text.data());
     diagnostics.put('\n');
-    const std::uint8_t* const start = text.begin() + each.position + 1 - each.column;
-    const std::uint8_t* end = start;
-    while (*end != '\n') ++end;
-    if (end != start && end[-1] == '\r') --end;
-    diagnostics.put({reinterpret_cast<const char*>(start), static_cast<std::size_t>(end - start)});
-    diagnostics.put('\n');
-    for (std::uint32_t i = 0; i + 1 < each.column; ++i) diagnostics.put(start[i] == '\t' ? '\t' : ' ');
-    diagnostics.put("^\n");
+    print_line(text.begin() + each.position + 1 - each.column, each.column - 1);
 }
 
 void print_faults(const fault_list& faults, const command_line_as& line, const source& listing, const source& table) {
