@@ -79,9 +79,12 @@ std::int32_t lowest_open_target(walk_state& shared) {
     return no_target;
 }
 
+// What walk_block calls must not lie in its frame: there is one of it for each level of nesting.
+#define OUT_OF_FRAME [[gnu::noinline]]
+
 // Steps over the text at the cursor; where walks are remembered, by pieces. A malformed one is left to
 // text_length.
-result walk_text(block_walk& block) {
+OUT_OF_FRAME result walk_text(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     std::int32_t length = 0;
     if (memory.is_on) {
@@ -171,7 +174,7 @@ result walk_whole_if(block_walk& block) {
 
 // Walks a part of a known if again without a word. Where that fails, the run ends: everything is walked
 // from here on, and says why. Fails when memory runs out, after its message.
-result walk_again(block_walk& block, std::int32_t start) {
+OUT_OF_FRAME result walk_again(block_walk& block, std::int32_t start) {
     walk_memory& memory = block.shared.memory;
     const path_moment before = moment_at(memory, start, 0);
     const bool was_quiet = std::exchange(memory.messages.is_quiet, true);
@@ -263,7 +266,7 @@ result walk_exit_of_answer(block_walk& block, std::int32_t& exits) {
 }
 
 // Keywords statements one after the other, each with its answer, then EE.
-result walk_keywords_chain(block_walk& block) {
+OUT_OF_FRAME result walk_keywords_chain(block_walk& block) {
     walk_memory& memory = block.shared.memory;
     path way = begin_path(memory, role_of_chain(block.kind), block.cursor);
     std::int32_t exits = 0;  // answers that a jump or bye ended
