@@ -198,6 +198,40 @@ void walks_uncovering(script_builder& b, std::size_t size) {
     b.place(block).int16(0x1234);
 }
 
+// Jumps to places in texts and statements; then regions that each name one of them as a data block and jump
+// to another text.
+void walks_changing(script_builder& b, std::size_t size) {
+    const label block = b.new_label();
+    label region = b.new_label();
+    targets named(size / 56);
+    targets entries(named.size());
+    b.jump_to(region);
+    for (label& target : named) b.jump_to(target = b.new_label());
+    name_block(b, block);
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < named.size(); ++i) {
+        b.byte('a').place(entries[i] = b.new_label()).byte('b');
+        if (depth == 0 && b.one_in(4))
+            b.byte(op_sleep);
+        else if (b.one_in(2))
+            b.code({op_if, 5, op_eval, 'a'}), ++depth;
+        b.place(named[i]).byte('b');
+        if (i % (named.size() / 16 + 1) == 0) write_message(b);
+        if (b.one_in(3)) b.code({op_sident, b.below(256), 'A', op_sleep});
+        for (; depth > 0 && b.one_in(2); --depth) b.byte(op_endif);
+    }
+    for (; depth > 0; --depth) b.byte(op_endif);
+    b.byte(op_sleep).place(block).int16(0x1234);
+    for (std::size_t i = 0; i < named.size(); ++i) {
+        const label own_block = b.new_label();
+        b.place(region).jump_to(entries[b.below(entries.size())]).jump_to(region = b.new_label());
+        name_block(b, named[b.below(named.size())]);
+        name_block(b, own_block);
+        b.place(own_block).int16(0x1234);
+    }
+    b.place(region).byte(op_sleep);
+}
+
 // First from the inner half, then from the outer one.
 void walks_into_halves(script_builder& b, std::size_t depth) {
     const label block = b.new_label();

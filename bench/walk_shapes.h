@@ -19,6 +19,7 @@ void walks_in_passage(script_builder& b, std::size_t size);            // one pa
 // And regions that each name as a data block ...
 void walks_naming_nested(script_builder& b, std::size_t size);    // a letter of a text in blocks 3,900 deep
 void walks_naming_keywords(script_builder& b, std::size_t size);  // one of the keyword texts of one chain
+void walks_changing(script_builder& b, std::size_t size);         // any of texts and statements, some of them in ifs
 // These lead into operands, which phase 2 refuses.
 void walks_in_literals(script_builder& b, std::size_t size);    // the literals of one expression
 void walks_in_references(script_builder& b, std::size_t size);  // those of one variable reference
