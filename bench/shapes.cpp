@@ -415,10 +415,12 @@ constexpr std::array shapes = {
     script_shape{"walks_naming_nested", "letters of a nested text as data blocks", made<walks_naming_nested>, "",
                  false},
     script_shape{"walks_naming_chain", "letters of keywords as data blocks", made<walks_naming_keywords>, "", false},
+    script_shape{"walks_changing", "texts and statements as data blocks", made<walks_changing>, "", false},
     script_shape{"walks_in_passage", "jumps into one double-byte passage", made<walks_in_passage>, "", false},
     script_shape{"walks_in_literals", "jumps into one expression", made<walks_in_literals>, "", false},
     script_shape{"walks_in_references", "jumps into one variable reference", made<walks_in_references>, "", false},
     script_shape{"walks_in_conditions", "jumps into conditions", made<walks_in_conditions>, "", false},
+    script_shape{"walks_in_branches", "jumps into literals before answers", made<walks_in_hidden_branches>, "", false},
     script_shape{"walks_in_hidden_ifs", "jumps into literals that read as ifs", made<walks_in_hidden_ifs>, "", false},
 };
 

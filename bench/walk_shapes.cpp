@@ -150,6 +150,18 @@ static void in_hidden_ifs(script_builder& b, const targets& t) {
     b.byte(op_endif);
 }
 
+// Answers without an end, at the top level or in an else, and in the branch of an if that a literal hides.
+static void in_hidden_branches(script_builder& b, const targets& t) {
+    const auto rest = t.begin() + 8;
+    for (auto target = t.begin(); target != rest; target += 2) {
+        if ((rest - target) % 4 == 0) b.code({op_if, 5, op_eval, op_else});
+        b.byte('a').place(target[0]).code({'b', op_addkarma, op_byte}).place(target[1]).code({op_if, 5, op_eval});
+        b.code({op_keywords, 'y', op_answer, 'a', op_else, 'b', op_endif, op_bye});
+    }
+    text_of(b, {rest, t.end()});
+    b.byte(op_sleep);
+}
+
 void walks_past_messages(script_builder& b, std::size_t size) { walks<past_messages>(b, size / 6); }
 void walks_past_nested_messages(script_builder& b, std::size_t size) { walks<past_nested_messages>(b, size / 7); }
 void walks_past_many_messages(script_builder& b, std::size_t size) { walks<past_many_messages>(b, size / 9); }
@@ -162,6 +174,7 @@ void walks_in_references(script_builder& b, std::size_t size) { walks<in_referen
 void walks_in_conditions(script_builder& b, std::size_t size) { walks<in_conditions>(b, size / 15); }
 void walks_naming_nested(script_builder& b, std::size_t size) { walks_naming<in_nested_text>(b, size / 42); }
 void walks_naming_keywords(script_builder& b, std::size_t size) { walks_naming<in_keywords>(b, size / 47); }
+void walks_in_hidden_branches(script_builder& b, std::size_t size) { walks<in_hidden_branches>(b, size / 6); }
 void walks_in_hidden_ifs(script_builder& b, std::size_t size) { walks<in_hidden_ifs>(b, size / 8); }
 
 // From the last region to the first, each uncovered by the one behind it.
@@ -196,6 +209,43 @@ void walks_uncovering(script_builder& b, std::size_t size) {
         b.jump_to_offset(first + region * i + 3).code({op_sleep, op_sleep, op_sleep, op_sleep});
     }
     b.place(block).int16(0x1234);
+}
+
+// Jumps to places in texts and statements; then regions that each name one of them as a data block and jump
+// to another text.
+void walks_changing(script_builder& b, std::size_t size) {
+    const label block = b.new_label();
+    label region = b.new_label();
+    targets named(size / 56);
+    targets entries(named.size());
+    b.jump_to(region);
+    for (label& target : named) b.jump_to(target = b.new_label());
+    name_block(b, block);
+    std::size_t depth = 0;
+    for (std::size_t i = 0; i < named.size(); ++i) {
+        b.byte('a').place(entries[i] = b.new_label()).byte('b');
+        if (depth == 0 && b.one_in(4)) {
+            b.byte(op_sleep);
+        } else if (b.one_in(2)) {
+            b.code({op_if, 5, op_eval, 'a'});
+            ++depth;
+        }
+        b.place(named[i]).byte('b');
+        if (i % (named.size() / 16 + 1) == 0) write_message(b);
+        if (b.one_in(3)) b.code({op_sident, b.below(256), 'A', op_sleep});
+        for (; depth > 0 && b.one_in(2); --depth) b.byte(op_endif);
+    }
+    for (; depth > 0; --depth) b.byte(op_endif);
+    b.byte(op_sleep).place(block).int16(0x1234);
+    for (std::size_t i = 0; i < named.size(); ++i) {
+        const label own_block = b.new_label();
+        b.place(region).jump_to(entries[b.below(entries.size())]);
+        b.jump_to(region = b.new_label());
+        name_block(b, named[b.below(named.size())]);
+        name_block(b, own_block);
+        b.place(own_block).int16(0x1234);
+    }
+    b.place(region).byte(op_sleep);
 }
 
 // First from the inner half, then from the outer one.

@@ -19,10 +19,12 @@ void walks_in_passage(script_builder& b, std::size_t size);            // one pa
 // And regions that each name as a data block ...
 void walks_naming_nested(script_builder& b, std::size_t size);    // a letter of a text in blocks 3,900 deep
 void walks_naming_keywords(script_builder& b, std::size_t size);  // one of the keyword texts of one chain
+void walks_changing(script_builder& b, std::size_t size);         // any of texts and statements, some of them in ifs
 // These lead into operands, which phase 2 refuses.
-void walks_in_literals(script_builder& b, std::size_t size);    // the literals of one expression
-void walks_in_references(script_builder& b, std::size_t size);  // those of one variable reference
-void walks_in_conditions(script_builder& b, std::size_t size);  // those of conditions
-void walks_in_hidden_ifs(script_builder& b, std::size_t size);  // those of an expression, as ifs with one branch
+void walks_in_literals(script_builder& b, std::size_t size);         // the literals of one expression
+void walks_in_references(script_builder& b, std::size_t size);       // those of one variable reference
+void walks_in_conditions(script_builder& b, std::size_t size);       // those of conditions
+void walks_in_hidden_branches(script_builder& b, std::size_t size);  // those that hide ifs before answers
+void walks_in_hidden_ifs(script_builder& b, std::size_t size);       // those of an expression, as ifs with one branch
 // ... and those of this one at the start and in the middle of blocks `depth` deep.
 void walks_into_halves(script_builder& b, std::size_t depth);
