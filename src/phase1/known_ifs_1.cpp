@@ -17,13 +17,11 @@ std::uint32_t longer_of(const walk_memory& memory, std::uint32_t one, std::uint3
     return size_of(memory, one) < size_of(memory, other) ? other : one;
 }
 
-// Leaps grow as those over known places do.
 void find_leap_inwards(walk_memory& memory, known_if& around) {
     const known_if& inner = memory.ifs[around.inner];
     const known_if& behind = memory.ifs[inner.far];
-    const bool is_long = inner.span != 0 && inner.span == behind.span;
-    around.far = is_long ? behind.far : around.inner;
-    around.span = is_long ? 1 + inner.span + behind.span : 1;
+    around.span = leap_span(inner.span, behind.span);
+    around.far = around.span == 1 ? around.inner : behind.far;
 }
 
 result add_if(walk_memory& memory, std::int32_t offset, std::uint32_t& at) {

@@ -66,11 +66,8 @@ result make_known(walk_memory& memory, path& way, const path_moment& moment) {
     return result::ok;
 }
 
-// How many places a leap from before `next` goes over: either one or, so that leaps grow as they do in a
-// counter whose digits are 2^n - 1, those of the two leaps behind.
 std::uint32_t span_before(const walk_memory& memory, const known_place& next) {
-    const std::uint32_t behind = memory.places[next.far].span;
-    return next.span == behind ? 1 + next.span + behind : 1;
+    return leap_span(next.span, memory.places[next.far].span);
 }
 
 // A leap over more than one place says nothing.

@@ -79,6 +79,12 @@ struct known_if {
     std::uint32_t said = 0;  // since this change it says what it says
 };
 
+// How many places a leap goes over, from the spans of the leap of the next place and of the one behind it:
+// either one or, so that leaps grow as they do in a counter whose digits are 2^n - 1, those of both.
+constexpr std::uint32_t leap_span(std::uint32_t next, std::uint32_t behind) {
+    return next == behind ? 1 + next + behind : 1;
+}
+
 // When tests want it: from the first code break on, everything; or never.
 enum class remembering : std::uint8_t { when_it_pays, always, never };
 inline remembering walks_remember = remembering::when_it_pays;
