@@ -4,7 +4,7 @@ import assert from "node:assert/strict";
 import { readFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { test } from "node:test";
-import { downloaded, launch, openFiles, openPage, seen } from "./page.mjs";
+import { click, downloaded, launch, openFiles, openPage, seen } from "./page.mjs";
 import { examples, run } from "./tools.mjs";
 
 const axe = readFileSync(createRequire(import.meta.url).resolve("axe-core/axe.min.js"), "utf8");
@@ -28,14 +28,14 @@ for (const dark of [false, true]) {
         examples.map(({ path }) => path),
       );
       await seen(page, "#scripts .table-row", /Odda Marrowick.*listed/);
-      await page.click("#scripts .table-body .table-row");
+      await click(page, "#scripts .table-body .table-row");
       await seen(page, "#listing .cm-line", /^; id:/);
       for (const view of ["scripts", "texts", "listing", "compare", "bytes", "map"]) {
-        await page.click(`#view-${view}`);
+        await click(page, `#view-${view}`);
         if (view === "map") await page.waitForSelector("#map .card");
         assert.deepEqual(await findings(page), [], view);
       }
-      await page.click("#view-texts");
+      await click(page, "#view-texts");
       await page.focus("#texts .table");
       await page.keyboard.press("F2");
       await page.waitForSelector(".text-dialog");
@@ -53,7 +53,7 @@ test("firefox opens, lists, changes and rebuilds", { timeout: 120_000 }, async (
     const [{ path }] = examples;
     await openFiles(page, [path]);
     await seen(page, "#listing .cm-line", "Odda Marrowick");
-    await page.click("#view-texts");
+    await click(page, "#view-texts");
     await page.type("#texts-search", "no lantern of mine");
     await seen(page, "#texts .count", /^1 of/);
     await page.focus("#texts .table");
@@ -61,10 +61,10 @@ test("firefox opens, lists, changes and rebuilds", { timeout: 120_000 }, async (
     await page.waitForSelector("#text-edit");
     await page.$eval("#text-edit", (area) => area.select());
     await page.keyboard.type("That is a pub.");
-    await page.click("#text-apply");
-    await page.click("#view-listing");
+    await click(page, "#text-apply");
+    await click(page, "#view-listing");
     await page.waitForSelector("#build:not(:disabled)");
-    await page.click("#build");
+    await click(page, "#build");
     await seen(page, "#notice", /^Rebuilt/);
     const listing = run("varsul", ["--kv", "--verbosity-parenthesis"], readFileSync(path)).output.toString("latin1");
     const changed = listing.replace('"\\"That is no lantern of mine. That is a pub.\\"\\n"', '"That is a pub."');

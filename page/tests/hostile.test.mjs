@@ -3,7 +3,7 @@ import assert from "node:assert/strict";
 import { mkdirSync, readFileSync, statSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
-import { launch, openFiles, openPage, pageFile, seen } from "./page.mjs";
+import { click, launch, openFiles, openPage, pageFile, seen } from "./page.mjs";
 import { temporary } from "./tools.mjs";
 
 let browser;
@@ -57,11 +57,11 @@ test("texts stay texts in every view", { timeout: 60_000 }, async () => {
   );
   await seen(page, "#scripts .table-row", "<img src=x onerror=harmed=1>.scr");
   await seen(page, "#scripts .table-row", "<script>window.harmed=1<");
-  await page.click("#scripts .table-body .table-row");
+  await click(page, "#scripts .table-body .table-row");
   await seen(page, "#listing .cm-line", "onerror=window.harmed=1");
-  for (const view of ["texts", "listing", "bytes", "compare", "map"]) await page.click(`#view-${view}`);
+  for (const view of ["texts", "listing", "bytes", "compare", "map"]) await click(page, `#view-${view}`);
   await seen(page, "#map .keywords", "<script>window.harmed");
-  await page.click("#view-texts");
+  await click(page, "#view-texts");
   await page.focus("#texts .table");
   await page.keyboard.press("F2");
   await seen(page, ".text-dialog h2", "<script>window.harmed=1<");
@@ -145,7 +145,7 @@ test("any bytes at all are listed or refused with a message", { timeout: 60_000 
   await page.waitForFunction(
     () => document.querySelector("#progress").hidden && !document.querySelector(".is-waiting"),
   );
-  await page.click("#scripts .table-body .table-row:nth-child(9)");
+  await click(page, "#scripts .table-body .table-row:nth-child(9)");
   await page.waitForFunction(
     () => document.querySelector("#listing .cm-line").textContent !== "" || document.querySelector("#messages li"),
   );

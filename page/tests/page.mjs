@@ -35,6 +35,9 @@ export async function openFiles(page, paths, input = "#open-files") {
   await (await page.$(input)).uploadFile(...paths);
 }
 
+// Clicks as soon as it stands still: rows of tables are drawn anew whenever something becomes known.
+export const click = (page, selector) => page.locator(selector).click();
+
 export const textOf = (page, selector) => page.$eval(selector, (element) => element.textContent);
 export const valueOf = (page, selector, read) => page.$eval(selector, read);
 
@@ -65,7 +68,7 @@ export async function downloaded(page, selector) {
       };
     });
   });
-  await page.click(selector);
+  await click(page, selector);
   const { name, bytes } = await page.evaluate(async () => {
     const { name, blob } = await window.taken;
     return { name, bytes: [...new Uint8Array(await blob.arrayBuffer())] };

@@ -4,7 +4,7 @@ import { mkdirSync, readFileSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { after, before, test } from "node:test";
 import { unzipSync } from "fflate";
-import { downloaded, launch, openFiles, openPage, seen, valueOf } from "./page.mjs";
+import { click, downloaded, launch, openFiles, openPage, seen, valueOf } from "./page.mjs";
 import { examples, run, temporary } from "./tools.mjs";
 
 const [lantern, ferry, orchard] = examples;
@@ -51,7 +51,7 @@ async function find(page, text) {
 }
 
 async function openExample(page, { game }) {
-  await page.click(`#example-${game}`);
+  await click(page, `#example-${game}`);
   await seen(page, "#listing .cm-line", /^; id:/);
 }
 
@@ -84,7 +84,7 @@ path("1: a folder, with progress and a way to stop; dropped files", async (page)
   await page.waitForFunction(stop, { polling: 10 });
   await page.waitForSelector("#resume:not([hidden])");
   await seen(page, "#scripts .count", "400 of 400 scripts");
-  await page.click("#resume");
+  await click(page, "#resume");
   await page.waitForSelector("#resume[hidden]", { timeout: 60_000 });
   await page.waitForSelector("#progress[hidden]", { timeout: 60_000 });
   await page.evaluate(
@@ -128,33 +128,33 @@ path("3: labels lead, say who jumps there, and there is a way back", async (page
   await seen(page, "#listing .cm-line", "{灯台守の表札");
   await seen(page, "#listing .cm-offsets", "00BF");
   await find(page, "hello,hi");
-  const reference = await page.waitForSelector(".cm-reference[data-words]");
-  assert.match(await reference.evaluate((mark) => mark.dataset.words), /^“Odda trims a wick/);
-  await reference.click();
+  await page.waitForSelector(".cm-reference[data-words]");
+  assert.match(await valueOf(page, ".cm-reference[data-words]", (mark) => mark.dataset.words), /^“Odda trims a wick/);
+  await click(page, ".cm-reference[data-words]");
   await seen(page, ".cm-activeLine", "L0017_000002F2:");
-  const source = await page.waitForSelector(".cm-activeLine .cm-sources");
-  assert.equal(await source.evaluate((button) => button.dataset.count), "← 7 ways here");
-  await source.click();
-  await (await page.waitForSelector(".menu:popover-open button:nth-child(3)")).click();
+  await page.waitForSelector(".cm-activeLine .cm-sources");
+  assert.equal(await valueOf(page, ".cm-activeLine .cm-sources", (button) => button.dataset.count), "← 7 ways here");
+  await click(page, ".cm-activeLine .cm-sources");
+  await click(page, ".menu:popover-open button:nth-child(3)");
   await seen(page, ".cm-activeLine", "jump L0017_000002F2");
-  await page.click("#back");
+  await click(page, "#back");
   await seen(page, ".cm-activeLine", "L0017_000002F2:");
   await pressed(page, "Alt", "ArrowLeft");
   await seen(page, ".cm-activeLine", "jump L0017_000002F2");
-  await page.click("#forward");
+  await click(page, "#forward");
   await seen(page, ".cm-activeLine", "L0017_000002F2:");
 });
 
 path("3: blocks fold, and the options are switches", async (page) => {
   await openExample(page, orchard);
   await seen(page, "#listing .cm-line", "You found my @key");
-  await page.click(".cm-foldGutter span[title='Fold line']");
+  await click(page, ".cm-foldGutter span[title='Fold line']");
   await seen(page, ".cm-foldPlaceholder", "…");
-  await page.click("#options");
-  await page.click("#option-dump");
+  await click(page, "#options");
+  await click(page, "#option-dump");
   await seen(page, "#listing .cm-line", /^; 00000000: FF 4D/);
-  await page.click("#option-textLabel");
-  await page.click("#option-omitEval");
+  await click(page, "#option-textLabel");
+  await click(page, "#option-omitEval");
   await seen(page, "#listing .cm-line", "T004D_0000");
   const { output } = run("varsul", ["--qf", "-d", "-T", "-t", "table", "--omit-eval"], readFileSync(orchard.path));
   const { name, bytes } = await downloaded(page, "#download-listing");
@@ -165,7 +165,7 @@ path("3: blocks fold, and the options are switches", async (page) => {
 path("4: texts of all scripts are searched, lead to the listing, and leave as CSV and JSON", async (page) => {
   await openFiles(page, [lantern.path, file("ferry.scr", readFileSync(ferry.path))]);
   await seen(page, "#scripts .table-row", "Merrit Oxbow");
-  await page.click("#view-texts");
+  await click(page, "#view-texts");
   await page.type("#texts-search", "no lantern of mine");
   await seen(page, "#texts .count", /^1 of \d+ texts$/);
   await seen(
@@ -182,7 +182,7 @@ path("4: texts of all scripts are searched, lead to the listing, and leave as CS
     csv,
     /^\ufeff"?file"?,.*\r\n"lantern-keeper.scr","23",.*"""That is no lantern of mine\. That is a pub\.""\n"\r\n$/s,
   );
-  await page.click("#texts .table-body .table-row");
+  await click(page, "#texts .table-body .table-row");
   await seen(page, ".cm-activeLine", "That is no lantern of mine");
 });
 
@@ -193,7 +193,7 @@ path("5: the map shows what is said and heard, and what no keyword answers", asy
     .replace("bye,farewell", "oil,farewell");
   await openFiles(page, [file("map.scr", Buffer.from(script, "latin1"))]);
   await seen(page, "#script-title", "map.scr");
-  await page.click("#view-map");
+  await click(page, "#view-map");
   await seen(page, "#map .keywords", "hello, hi");
   await seen(page, "#map .card", "Seven lanterns, and one of them");
   await seen(page, "#map .condition", "objcount(1, 40) >= $var");
@@ -202,13 +202,13 @@ path("5: the map shows what is said and heard, and what no keyword answers", asy
   await seen(page, "#map .line.is-leads", "↩ Odda trims a wick");
   await seen(page, "#map .line.is-end", "the conversation ends");
   const arrows = (await page.$$("#map .arrow")).length;
-  await page.click("#map-back-arrows");
+  await click(page, "#map-back-arrows");
   await page.waitForFunction((count) => document.querySelectorAll("#map .arrow").length > count, {}, arrows);
   const place = () => valueOf(page, "#map-picture > g", (group) => group.getAttribute("transform"));
   const before = await place();
-  await page.click("#map-larger");
+  await click(page, "#map-larger");
   assert.notEqual(await place(), before);
-  await page.click("#map-fit");
+  await click(page, "#map-fit");
   const svg = (await downloaded(page, "#map-svg")).bytes.toString("utf8");
   assert.match(svg, /^<svg [^>]*width="\d+".*Seven lanterns/s);
   const png = (await downloaded(page, "#map-png")).bytes;
@@ -223,19 +223,19 @@ path("6: the listing is changed, rebuilt and compared with what was opened", asy
   assert.equal(await valueOf(page, "#build", (button) => button.disabled), true);
   await find(page, "Cold-pressed");
   await page.keyboard.type("Freshly pressed");
-  await page.click("#build");
+  await click(page, "#build");
   await seen(page, "#notice", "Rebuilt: 4331 bytes.");
   const listing = run("varsul", ["--kv", "--verbosity-parenthesis"], readFileSync(lantern.path)).output.toString(
     "latin1",
   );
   const changed = listing.replace("Cold-pressed", "Freshly pressed");
   const expected = run("varsul-as", ["-o", "script"], Buffer.from(changed, "latin1")).files.script;
-  await page.click("#view-compare");
+  await click(page, "#view-compare");
   await seen(page, "#compare-result", "1 place differs");
   await seen(page, ".cm-merge-b .cm-changedLine", "Freshly pressed");
-  await page.click("#compare-bytes");
+  await click(page, "#compare-bytes");
   await seen(page, ".cm-merge-b .cm-changedLine", "; A6 01 B2 A8 D2 6D 0E");
-  await page.click("#view-listing");
+  await click(page, "#view-listing");
   const { name, bytes } = await downloaded(page, "#download");
   assert.equal(name, "lantern-keeper.scr");
   assert.deepEqual(bytes, expected);
@@ -251,11 +251,11 @@ path("6: each fault is underlined where it is, and a slip loses nothing", async 
   await page.keyboard.type("sconwerse");
   await find(page, "endanswer");
   await page.keyboard.type("endanswer 5 ü");
-  await page.click("#build");
+  await click(page, "#build");
   await seen(page, "#messages", "The scripts' encoding has no “ü”.");
   await page.focus("#listing .cm-content");
   await page.keyboard.press("Backspace");
-  await page.click("#build");
+  await click(page, "#build");
   await seen(page, "#messages .is-error", /line \d+: .*sconwerse/);
   await seen(page, "#listing .cm-lintRange-error", "sconwerse");
   assert.equal((await page.$$("#messages .is-error")).length, 2);
@@ -265,7 +265,7 @@ path("6: each fault is underlined where it is, and a slip loses nothing", async 
   await page.close({ runBeforeUnload: true });
   assert.equal(await asked, "beforeunload");
   page.on("dialog", (dialog) => dialog.accept());
-  await page.click("#discard");
+  await click(page, "#discard");
   await page.waitForSelector("#discard[hidden]");
   await seen(page, "#listing .cm-line", "    sconverse");
 });
@@ -273,7 +273,7 @@ path("6: each fault is underlined where it is, and a slip loses nothing", async 
 path("6: texts are changed in their table; all that changed leaves as a zip", async (page) => {
   await openFiles(page, [lantern.path, file("second.scr", readFileSync(lantern.path))]);
   await seen(page, "#scripts .count", "2 of 2");
-  await page.click("#view-texts");
+  await click(page, "#view-texts");
   await page.type("#texts-search", "opens one eye");
   await seen(page, "#texts .count", /^2 of/);
   await page.keyboard.press("ArrowDown");
@@ -290,16 +290,16 @@ path("6: texts are changed in their table; all that changed leaves as a zip", as
   await replace("猫");
   await seen(page, "#text-fault", "between { and }");
   await replace('Both eyes {猫} are "open".\nNow.\n');
-  await page.click("#text-apply");
+  await click(page, "#text-apply");
   await seen(page, "#download-changed", "Changed (1) ↓");
-  await page.click("#texts-undo");
+  await click(page, "#texts-undo");
   await page.waitForSelector("#download-changed[hidden]");
   await page.focus("#texts .table");
   await page.keyboard.press("F2");
   await page.waitForSelector("#text-edit");
   await page.$eval("#text-edit", (element) => element.select());
   await page.keyboard.sendCharacter('Both eyes {猫} are "open".\nNow.\n');
-  await page.click("#text-apply");
+  await click(page, "#text-apply");
   await seen(page, "#download-changed", "Changed (1) ↓");
   const { name, bytes } = await downloaded(page, "#download-changed");
   const files = unzipSync(bytes);
@@ -331,11 +331,11 @@ path("7: two versions of a folder, and what changed in a script", async (page) =
   writeFileSync(join(versions[1], "odda.scr"), longer.files.script);
   await openFiles(page, [versions[0]], "#open-folder");
   await seen(page, "#scripts .count", "2 of 2");
-  await page.click("#view-compare");
+  await click(page, "#view-compare");
   await openFiles(page, [versions[1]], "#open-other-folder");
   await seen(page, "#compare .table-row", "odda.scrchanged");
   await seen(page, "#compare .table-row", "same.scrsame");
-  await page.click("#compare .table-body .table-row");
+  await click(page, "#compare .table-body .table-row");
   await seen(page, "#compare-result", "1 place differs");
   await seen(page, ".cm-merge-b .cm-changedLine", "a whole hour before");
 });
@@ -348,7 +348,7 @@ path("8: a damaged script leads to its bytes and the texts in them", async (page
   await seen(page, "#messages", "This script could not be listed");
   const [first] = messages.toString().split("\n");
   await seen(page, "#messages li", first.replace(/^ERROR\(\d+\): /, ""));
-  await page.click("#messages .link");
+  await click(page, "#messages .link");
   await page.waitForSelector("#bytes .hex mark");
   await seen(page, "#bytes .table-row", "Has he been useful?");
 });
@@ -358,7 +358,7 @@ path(
   async (page) => {
     await openExample(page, lantern);
     for (const view of ["scripts", "texts", "listing", "map", "compare", "bytes"]) {
-      await page.click(`#view-${view}`);
+      await click(page, `#view-${view}`);
       const [width, room] = await page.evaluate(() => [document.documentElement.scrollWidth, innerWidth]);
       assert.ok(width <= room, `${view} is ${width} wide in ${room}`);
     }

@@ -71,9 +71,7 @@ void sort_rows(text_table& table, fault_list& faults) {
 
 // Programs that edit tables may add empty fields.
 bool is_end(const std::uint8_t* line) {
-    if (std::memcmp(line, "# end", 5) != 0) return false;
-    for (line += 5; *line == ' ' || *line == '\t';) ++line;
-    return is_line_end(line);
+    return std::memcmp(line, "# end", 5) == 0 && is_line_end(line + 5);
 }
 
 }  // namespace
