@@ -160,46 +160,30 @@ result end_if(block_walk& block, std::int32_t start) {
 
 // A1 condition branch, then A2, or A3 branch A2.
 result walk_whole_if(block_walk& block) {
-    walk_memory& memory = block.shared.memory;
     const std::int32_t start = block.cursor;
-    const if_walk walk = begin_if_walk(memory, start);
     if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
     if (byte_at_cursor(block) == OP_ELSE) {
         const std::int32_t start_of_else = block.cursor;
         if (failed(begin_else(block)) || failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
     }
-    if (failed(end_if(block, start))) return result::failed;
-    return memory.is_on ? end_if_walk(memory, walk, block.cursor) : result::ok;
+    return end_if(block, start);
 }
 
-// Walks a part of a known if again without a word. Where that fails, the run ends: everything is walked
-// from here on, and says why. Fails when memory runs out, after its message.
-OUT_OF_FRAME result walk_again(block_walk& block, std::int32_t start) {
-    walk_memory& memory = block.shared.memory;
-    const path_moment before = moment_at(memory, start, 0);
-    const bool was_quiet = std::exchange(memory.messages.is_quiet, true);
-    block_walk part = {.shared = block.shared, .script = block.script, .cursor = start, .kind = {}};
-    const result outcome = walk_whole_if(part);
-    if (!memory.messages.is_quiet) return result::failed;
-    memory.messages.is_quiet = was_quiet;
-    take_back(memory, before);
-    if (failed(outcome)) forget_walks(memory);
-    return result::ok;
-}
-
-// Passes a known if, or walks it.
+// Walks as much of an if as must be.
 result walk_if(block_walk& block) {
     walk_memory& memory = block.shared.memory;
-    const std::uint32_t known = memory.is_on ? find_if(memory, block.cursor) : 0;
-    if (known == 0) return walk_whole_if(block);
-    std::uint32_t changed = find_changed(memory, known);
-    if (changed != 0 && changed != known) {
-        if (failed(walk_again(block, memory.ifs[changed].offset))) return result::failed;
-        changed = find_changed(memory, known);
+    if (!memory.is_on) return walk_whole_if(block);
+    if_walk walk;
+    if (failed(begin_if_walk(memory, block.cursor, walk))) return result::failed;
+    if (walk.part == walk.known) {
+        if (failed(walk_whole_if(block))) return result::failed;
+        return end_if_walk(memory, walk, block.cursor);
     }
-    if (changed != 0) return walk_whole_if(block);
-    pass_if(memory, known);
-    block.cursor = memory.ifs[known].end;
+    if (walk.part != 0) {
+        block.cursor = memory.places[walk.part].offset;
+        if (failed(walk_if(block))) return result::failed;
+    }
+    block.cursor = pass_if(memory, walk);
     return result::ok;
 }
 
@@ -452,7 +436,5 @@ result parse_conv_1(conv& script) {
     phase_1_looks = 0;
     walk_state shared = {.script = script, .memory = {.script = script}};
     block_walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
-    const result outcome = walk_block(top_level);
-    kept_messages = nullptr;
-    return outcome;
+    return walk_block(top_level);
 }
