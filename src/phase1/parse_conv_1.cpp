@@ -1,17 +1,14 @@
 #include "phase1/parse_conv_1.h"
 
-#include <algorithm>
-#include <array>
-#include <functional>
 #include <limits>
 #include <optional>
-#include <utility>
 
 #include "base/diagnostics.h"
 #include "model/block.h"
 #include "model/text.h"
 #include "phase1/known_ifs_1.h"
 #include "phase1/known_ways_1.h"
+#include "phase1/open_targets_1.h"
 #include "phase1/parse_operand_1.h"
 #include "phase1/recover_1.h"
 
@@ -19,9 +16,7 @@ namespace {
 
 struct walk_state {
     conv& script;
-    // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
-    // lowest on top. Those walked since are dropped when they come up.
-    array<std::int32_t> open_targets = {};
+    open_targets open = {};  // not walked when they were recorded; those walked since are closed when they come up
     walk_memory memory;
 };
 
@@ -52,31 +47,28 @@ result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked or
-// recorded before.
+// Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked before.
 result add_jump_target(block_walk& block, std::int32_t operand) {
     conv& script = block.script;
-    array<std::int32_t>& open = block.shared.open_targets;
     const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
-    const std::int32_t inserted = script.jump_offset_table.inserted;
     if (failed(add_jump_offset(script, target))) return result::failed;
-    const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
-    if (target < 0 || is_walked || inserted == script.jump_offset_table.inserted) return result::ok;
-    if (failed(push(open, target))) return result::failed;
-    std::push_heap(open.begin(), open.end(), std::greater());
-    return result::ok;
+    if (!conv_has(script, target) || offset_table_find(script.code_offset_table, target)) return result::ok;
+    return open_target(block.shared.open, script.data_size, target);
 }
 
-// The lowest jump target that was not walked yet, no_target if there is none. Targets below 0 are left to
-// the jump check.
-constexpr std::int32_t no_target = -1;
-std::int32_t lowest_open_target(walk_state& shared) {
-    array<std::int32_t>& open = shared.open_targets;
-    for (; !open.empty(); open.pop_back()) {
-        if (!offset_table_find(shared.script.code_offset_table, open[0])) return open[0];
-        std::pop_heap(open.begin(), open.end(), std::greater());
+// The lowest jump target that was not walked yet, if there is one; those outside the script come last. Targets
+// below 0 are left to the jump check.
+std::optional<std::int32_t> lowest_target(walk_state& shared) {
+    const conv& script = shared.script;
+    while (const auto target = lowest_open(shared.open)) {
+        if (!offset_table_find(script.code_offset_table, *target)) return target;
+        close_target(shared.open, *target);
     }
-    return no_target;
+    auto outside = offset_table_first_above(script.jump_offset_table, script.data_size - 1);
+    while (outside && offset_table_find(script.code_offset_table, *outside)) {
+        outside = offset_table_first_above(script.jump_offset_table, *outside);
+    }
+    return outside;
 }
 
 // What walk_block calls must not lie in its frame: there is one of it for each level of nesting.
@@ -383,12 +375,12 @@ result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
         INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
         return result::ok;
     }
-    const std::int32_t target = lowest_open_target(block.shared);
-    if (target == no_target) return result::ok;
+    const auto target = lowest_target(block.shared);
+    if (!target) return result::ok;
     if (failed(end_path(memory, way, block.cursor)) || failed(start_remembering(memory))) return result::failed;
-    INFORMATION(1, "next offset=%08X", target);
-    block.cursor = target;
-    way = begin_path(memory, role_in(block.kind), target);
+    INFORMATION(1, "next offset=%08X", *target);
+    block.cursor = *target;
+    way = begin_path(memory, role_in(block.kind), block.cursor);
     goes_on = true;
     return result::ok;
 }
