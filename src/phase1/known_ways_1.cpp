@@ -56,19 +56,15 @@ path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
     return way;
 }
 
-// Places become known at both ends of a stretch that costs enough and before a step that costs half of it:
-// there ways join. But hardly any other walk comes to where a text or a top-level walk begins.
 result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
     note_deepest(memory, way);
     const std::int64_t spacing = spacing_of(memory, way.role);
-    const bool is_dear = 2 * (memory.cost - way.last.cost) >= spacing;
-    const bool is_start = way.role == path_role::top_level && way.last.cost == way.first.cost;
-    if (is_dear && !is_start && failed(make_known(memory, way, way.last))) return result::failed;
+    if (memory.cost - way.last.cost >= spacing && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
-    if (is_dear || memory.cost - way.edge_start < spacing) return result::ok;
+    if (memory.cost - way.edge_start < spacing) return result::ok;
     if (way.known == 0 && way.role != path_role::text) {
         const effect edge = way.edge;
         if (failed(make_known(memory, way, way.first))) return result::failed;
