@@ -406,7 +406,7 @@ constexpr std::array shapes = {
     script_shape{"one_right_deep", "a single right-deep expression", fill<assignment<right_deep>, 3>, ""},
     script_shape{"walks_past_messages", "jumps into a text before steps that warn", made<walks_past_messages>, ""},
     script_shape{"walks_past_nested", "the same in blocks 1,900 deep", made<walks_past_nested_messages>, ""},
-    script_shape{"walks_past_many", "behind more warnings than can be kept", made<walks_past_many_messages>, "", false},
+    script_shape{"walks_past_rare", "before few steps that warn among many", made<walks_past_rare_messages>, "", false},
     script_shape{"walks_past_names", "jumps into a text before names of the speaker", made<walks_past_names>, ""},
     script_shape{"walks_past_blocks", "regions that each name another block", made<walks_past_blocks>, ""},
     script_shape{"walks_uncovering", "regions that uncover each other", made<walks_uncovering>, ""},

@@ -16,15 +16,6 @@ if_within longer_of(const walk_memory& memory, const if_within& one, const if_wi
     return size_of(memory, one.known) < size_of(memory, other.known) ? other : one;
 }
 
-// The longest known if in it is none of those that were met now where walks passed that without messages.
-void note_inner(walk_memory& memory, known_place& place, const if_within& met, std::uint64_t messages) {
-    const if_within known = {place.next, 0};
-    const if_within inner = longer_of(memory, met, known);
-    place.next = inner.known;
-    place.step.speaks = messages != inner.messages;
-    find_leap(memory, place);
-}
-
 // Back in what is around the if.
 void leave_if(walk_memory& memory, const if_walk& walk, const if_within& longest) {
     memory.deepest = std::max(memory.deepest, walk.deepest);
@@ -34,29 +25,33 @@ void leave_if(walk_memory& memory, const if_walk& walk, const if_within& longest
 }  // namespace
 
 result begin_if_walk(walk_memory& memory, std::int32_t offset, if_walk& walk) {
+    walk.first = moment_at(memory, offset, 0);
     walk.known = walk.part = find_place(memory, path_role::if_statement, offset);
     walk.trail = memory.trail.size();
     if (failed(follow(memory, walk.part, 0, walk.around))) return result::failed;
-    walk.first = moment_at(memory, offset, 0);
     walk.deepest = std::exchange(memory.deepest, memory.depth);
     walk.longest = std::exchange(memory.longest, {});
     return result::ok;
 }
 
 result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
-    const std::uint64_t messages = messages_said - walk.first.messages;
-    std::uint32_t at = walk.known;
-    if (at == 0 && memory.cost - walk.first.cost >= memory.spacing) {
-        if (failed(add_place(memory, path_role::if_statement, walk.first.offset, at))) return result::failed;
-        memory.places[at].next = 0;
+    if (walk.known == 0 && memory.cost - walk.first.cost < memory.spacing) {
+        return leave_if(memory, walk, memory.longest), result::ok;
     }
-    if (at == 0) return leave_if(memory, walk, memory.longest), result::ok;
+    std::uint32_t at = 0;
+    if (failed(make_place(memory, path_role::if_statement, walk.first.offset, at))) return result::failed;
     known_place& place = memory.places[at];
+    // A longer one than those that were met was passed, without messages, by a way that leads past it.
+    const if_within passed = {walk.known == 0 ? 0 : place.next, 0};
+    const if_within inner = longer_of(memory, memory.longest, passed);
+    const if_within whole = {at, messages_said - walk.first.messages};
     place.end = end;
+    place.next = inner.known;
     place.step = effect_since(memory, walk.first, 0, 0);
-    note_inner(memory, place, memory.longest, messages);
+    place.step.speaks = whole.messages != inner.messages;
+    find_leap(memory, place);
     memory.cost = walk.first.cost + 1;
-    leave_if(memory, walk, {at, messages});
+    leave_if(memory, walk, whole);
     return result::ok;
 }
 

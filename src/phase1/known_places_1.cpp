@@ -45,7 +45,9 @@ std::uint32_t find_place(const walk_memory& memory, path_role role, std::int32_t
     return at;
 }
 
-result add_place(walk_memory& memory, path_role role, std::int32_t offset, std::uint32_t& at) {
+result make_place(walk_memory& memory, path_role role, std::int32_t offset, std::uint32_t& at) {
+    at = find_place(memory, role, offset);
+    if (at != 0) return result::ok;
     at = static_cast<std::uint32_t>(memory.places.size());
     std::uint32_t& first = memory.stretches[stretch_of(offset)];
     if (failed(push(memory.places, {.offset = offset, .role = role, .neighbour = first, .next = at, .far = at}))) {

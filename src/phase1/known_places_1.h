@@ -16,8 +16,8 @@ effect join(const effect& first, const effect& second);
 // The place of a role at an offset, 0 if it is not known.
 std::uint32_t find_place(const walk_memory& memory, path_role role, std::int32_t offset);
 
-// Makes a place that is not known yet.
-result add_place(walk_memory& memory, path_role role, std::int32_t offset, std::uint32_t& at);
+// The same, and makes it known.
+result make_place(walk_memory& memory, path_role role, std::int32_t offset, std::uint32_t& at);
 
 // Follows the way that is known from `at` on, as far as it holds, and tells what was passed.
 result follow(walk_memory& memory, std::uint32_t& at, std::int32_t balance, effect& passed);

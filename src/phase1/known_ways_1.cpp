@@ -24,8 +24,8 @@ result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
 
 // Makes a known place on the way, which the edge ends at.
 result make_known(walk_memory& memory, path& way, const path_moment& moment) {
-    std::uint32_t at = find_place(memory, way.role, moment.offset);
-    if (at == 0 && failed(add_place(memory, way.role, moment.offset, at))) return result::failed;
+    std::uint32_t at = 0;
+    if (failed(make_place(memory, way.role, moment.offset, at))) return result::failed;
     if (way.lead < 0) way.lead = moment.cost - way.first.cost;
     if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
     way.edge = {};
@@ -56,19 +56,22 @@ path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
     return way;
 }
 
+// Places become known at both ends of a stretch that costs enough, and of a step that does: there ways join.
+// And where messages begin or end, so that saying them again costs little else.
 result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
     note_deepest(memory, way);
     const std::int64_t spacing = spacing_of(memory, way.role);
-    if (memory.cost - way.last.cost >= spacing && failed(make_known(memory, way, way.last))) return result::failed;
+    const bool is_dear = memory.cost - way.last.cost >= spacing;
+    const bool is_turn = step.speaks != way.edge.speaks && way.last.cost - way.edge_start >= memory.spacing;
+    if ((is_dear || is_turn) && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
     if (memory.cost - way.edge_start < spacing) return result::ok;
-    if (way.known == 0 && way.role != path_role::text) {
-        const effect edge = way.edge;
-        if (failed(make_known(memory, way, way.first))) return result::failed;
-        way.edge = edge;
+    if (way.known == 0) {
+        if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
+        way.lead = 0;
     }
     return make_known(memory, way, way.last);
 }

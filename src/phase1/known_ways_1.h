@@ -1,9 +1,4 @@
-// Phase 1: the ways that walks have gone.
-//
-// A way is kept as a chain of known places, each with the effect of the way to the next one and with that
-// of a leap over many, so that to follow it and to find what still holds of it takes a logarithm of its
-// length. A place is known by its offset and by what the walk was doing there, its role; ways that join
-// have the rest of the chain in common.
+// Phase 1: the ways that walks go, as chains of known places. Ways that join have the rest in common.
 //
 // Places become known so far apart that walking from one to the next costs little. What a path costs is,
 // from its end on, what another walk would pay for it: up to its first known place. So what lies around a
@@ -25,7 +20,7 @@ struct path {
     path_moment first = {};       // where the walk began
     path_moment last = {};        // where the last step did
     std::int64_t edge_start = 0;  // the cost where the edge begins
-    std::int64_t lead = -1;       // the cost up to the first known place and of edges that are not kept, -1 for all
+    std::int64_t lead = -1;       // the cost up to the first place that it made known, -1 for none
     std::int32_t deepest = 0;     // before the walk and up to its last step
     std::size_t trail = 0;        // where its part of the memory's trail begins
 };
