@@ -8,6 +8,9 @@
 
 namespace {
 
+// Of blocks between known ifs.
+constexpr std::int32_t most_levels = 8;
+
 std::int32_t size_of(const walk_memory& memory, std::uint32_t at) {
     return memory.places[at].end - memory.places[at].offset;
 }
@@ -18,7 +21,6 @@ if_within longer_of(const walk_memory& memory, const if_within& one, const if_wi
 
 // Back in what is around the if.
 void leave_if(walk_memory& memory, const if_walk& walk, const if_within& longest) {
-    memory.deepest = std::max(memory.deepest, walk.deepest);
     memory.longest = longer_of(memory, walk.longest, longest);
 }
 
@@ -29,15 +31,15 @@ result begin_if_walk(walk_memory& memory, std::int32_t offset, if_walk& walk) {
     walk.known = walk.part = find_place(memory, path_role::if_statement, offset);
     walk.trail = memory.trail.size();
     if (failed(follow(memory, walk.part, 0, walk.around))) return result::failed;
-    walk.deepest = std::exchange(memory.deepest, memory.depth);
     walk.longest = std::exchange(memory.longest, {});
     return result::ok;
 }
 
 result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
-    if (walk.known == 0 && memory.cost - walk.first.cost < memory.spacing) {
-        return leave_if(memory, walk, memory.longest), result::ok;
-    }
+    effect around = effect_since(memory, walk.first, 0, 0);
+    const bool is_small = memory.cost - walk.first.cost < memory.spacing &&
+                          around.height - memory.places[memory.longest.known].step.height < most_levels;
+    if (walk.known == 0 && is_small) return leave_if(memory, walk, memory.longest), result::ok;
     std::uint32_t at = 0;
     if (failed(make_place(memory, path_role::if_statement, walk.first.offset, at))) return result::failed;
     known_place& place = memory.places[at];
@@ -45,10 +47,10 @@ result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
     const if_within passed = {walk.known == 0 ? 0 : place.next, 0};
     const if_within inner = longer_of(memory, memory.longest, passed);
     const if_within whole = {at, messages_said - walk.first.messages};
+    around.speaks = whole.messages != inner.messages;
     place.end = end;
     place.next = inner.known;
-    place.step = effect_since(memory, walk.first, 0, 0);
-    place.step.speaks = whole.messages != inner.messages;
+    place.step = around;
     find_leap(memory, place);
     memory.cost = walk.first.cost + 1;
     leave_if(memory, walk, whole);

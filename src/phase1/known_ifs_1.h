@@ -11,7 +11,8 @@
 //
 // So of a known if only the parts that have messages, or to which a new data block came, must be walked
 // again, and where nothing of that is around an inner if, only that one. Each leads to the longest known if
-// in it. Another one in it is at most half as long as it: few of them lie in each other.
+// in it. Another one in it is at most half as long as it: few of them lie in each other. Of ifs in each other
+// at least one in a few levels becomes known, since what is known in them makes walking them seem cheap.
 #pragma once
 
 #include <cstddef>
@@ -22,12 +23,11 @@
 // One if that is walked, perhaps only in part.
 struct if_walk {
     path_moment first = {};
-    std::uint32_t known = 0;   // 0 when it was not walked before
-    std::uint32_t part = 0;    // it or the only if in it that must be walked, 0 for none
-    effect around = {};        // what is around the part
-    std::size_t trail = 0;     // where its part of the memory's trail begins
-    std::int32_t deepest = 0;  // before it
-    if_within longest = {};    // before it, in the same if around both
+    std::uint32_t known = 0;  // 0 when it was not walked before
+    std::uint32_t part = 0;   // it or the only if in it that must be walked, 0 for none
+    effect around = {};       // what is around the part
+    std::size_t trail = 0;    // where its part of the memory's trail begins
+    if_within longest = {};   // before it, in the same if around both
 };
 
 // To be called where an if begins.

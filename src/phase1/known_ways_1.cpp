@@ -57,7 +57,8 @@ path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
 }
 
 // Places become known at both ends of a stretch that costs enough, and of a step that does: there ways join.
-// And where messages begin or end, so that saying them again costs little else.
+// And where messages begin or end, so that saying them again costs little else. But hardly any other walk comes to
+// where a top-level walk begins.
 result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
@@ -65,11 +66,12 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     const std::int64_t spacing = spacing_of(memory, way.role);
     const bool is_dear = memory.cost - way.last.cost >= spacing;
     const bool is_turn = step.speaks != way.edge.speaks && way.last.cost - way.edge_start >= memory.spacing;
-    if ((is_dear || is_turn) && failed(make_known(memory, way, way.last))) return result::failed;
+    const bool is_start = way.role == path_role::top_level && way.last.cost == way.first.cost;
+    if ((is_turn || (is_dear && !is_start)) && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
     if (memory.cost - way.edge_start < spacing) return result::ok;
-    if (way.known == 0) {
+    if (way.known == 0 && way.role != path_role::top_level) {
         if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
         way.lead = 0;
     }
