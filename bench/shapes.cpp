@@ -414,6 +414,8 @@ constexpr std::array shapes = {
     script_shape{"walks_in_keywords", "jumps into the keywords of one chain", made<walks_in_keywords>, ""},
     script_shape{"walks_naming_nested", "letters of a nested text as data blocks", made<walks_naming_nested>, "",
                  false},
+    script_shape{"walks_naming_in_chains", "letters in nested chains as data blocks", made<walks_naming_in_chains>, "",
+                 false},
     script_shape{"walks_naming_chain", "letters of keywords as data blocks", made<walks_naming_keywords>, "", false},
     script_shape{"walks_changing", "texts and statements as data blocks", made<walks_changing>, "", false},
     script_shape{"walks_in_passage", "jumps into one double-byte passage", made<walks_in_passage>, "", false},

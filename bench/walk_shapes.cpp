@@ -107,6 +107,25 @@ static void in_nested_text(script_builder& b, const targets& t) {
     b.byte(op_sleep);
 }
 
+static void write_answer(script_builder& b) { b.code({op_keywords, 'a', op_answer, op_sleep, op_bye}); }
+
+// A text in chains of many answers in ifs.
+static void in_nested_chains(script_builder& b, const targets& t) {
+    constexpr std::size_t answers = 12;
+    const std::size_t depth = std::min<std::size_t>(t.size() / 16 + 1, 1900);
+    for (std::size_t i = 0; i < depth; ++i) {
+        b.code({op_if, 5, op_eval});
+        for (std::size_t k = 0; k < answers; ++k) write_answer(b);
+        b.code({op_keywords, 'a', op_answer});
+    }
+    text_of(b, t);
+    for (std::size_t i = 0; i < depth; ++i) {
+        for (std::size_t k = 0; k < answers; ++k) write_answer(b);
+        b.code({op_endanswer, op_endif});
+    }
+    b.byte(op_sleep);
+}
+
 static void in_keywords(script_builder& b, const targets& t) {
     for (const label target : t) {
         b.code({op_keywords, 'a'}).place(target).code({'b', op_answer, 'c'}).jump_to_offset(0);
@@ -177,6 +196,7 @@ void walks_in_literals(script_builder& b, std::size_t size) { walks<in_literals>
 void walks_in_references(script_builder& b, std::size_t size) { walks<in_references>(b, size / 8); }
 void walks_in_conditions(script_builder& b, std::size_t size) { walks<in_conditions>(b, size / 15); }
 void walks_naming_nested(script_builder& b, std::size_t size) { walks_naming<in_nested_text>(b, size / 42); }
+void walks_naming_in_chains(script_builder& b, std::size_t size) { walks_naming<in_nested_chains>(b, size / 51); }
 void walks_naming_keywords(script_builder& b, std::size_t size) { walks_naming<in_keywords>(b, size / 47); }
 void walks_in_hidden_branches(script_builder& b, std::size_t size) { walks<in_hidden_branches>(b, size / 6); }
 void walks_in_hidden_ifs(script_builder& b, std::size_t size) { walks<in_hidden_ifs>(b, size / 8); }

@@ -18,6 +18,7 @@ void walks_in_keywords(script_builder& b, std::size_t size);           // the ke
 void walks_in_passage(script_builder& b, std::size_t size);            // one passage of double-byte characters
 // And regions that each name as a data block ...
 void walks_naming_nested(script_builder& b, std::size_t size);    // a letter of a text in blocks 3,900 deep
+void walks_naming_in_chains(script_builder& b, std::size_t size);
 void walks_naming_keywords(script_builder& b, std::size_t size);  // one of the keyword texts of one chain
 void walks_changing(script_builder& b, std::size_t size);         // any of texts and statements, some of them in ifs
 // These lead into operands, which phase 2 refuses.

@@ -22,8 +22,14 @@ result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
     return push(memory.trail, before);
 }
 
-// Makes a known place on the way, which the edge ends at.
+// Makes a known place on the way, which the edge ends at; and one where the way begins if that is far. But hardly
+// any other walk comes to where a top-level walk begins.
 result make_known(walk_memory& memory, path& way, const path_moment& moment) {
+    const bool is_far = way.known == 0 && moment.cost - way.first.cost >= memory.spacing;
+    if (is_far && way.role != path_role::top_level) {
+        if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
+        way.lead = 0;
+    }
     std::uint32_t at = 0;
     if (failed(make_place(memory, way.role, moment.offset, at))) return result::failed;
     if (way.lead < 0) way.lead = moment.cost - way.first.cost;
@@ -57,8 +63,7 @@ path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
 }
 
 // Places become known at both ends of a stretch that costs enough, and of a step that does: there ways join.
-// And where messages begin or end, so that saying them again costs little else. But hardly any other walk comes to
-// where a top-level walk begins.
+// And where messages begin or end, so that saying them again costs little else.
 result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
@@ -70,12 +75,7 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     if ((is_turn || (is_dear && !is_start)) && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
-    if (memory.cost - way.edge_start < spacing) return result::ok;
-    if (way.known == 0 && way.role != path_role::top_level) {
-        if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
-        way.lead = 0;
-    }
-    return make_known(memory, way, way.last);
+    return memory.cost - way.edge_start < spacing ? result::ok : make_known(memory, way, way.last);
 }
 
 result pass_known(walk_memory& memory, path& way, std::int32_t& offset, std::int32_t& balance, std::int32_t need) {
