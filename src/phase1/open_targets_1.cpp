@@ -10,7 +10,9 @@ namespace {
 constexpr std::size_t word_bits = 64;
 constexpr std::uint64_t bit_of(std::size_t at) { return std::uint64_t{1} << at % word_bits; }
 
-result make_rows(open_targets& open, std::int32_t script_size) {
+}  // namespace
+
+result keep_open_targets(open_targets& open, std::int32_t script_size) {
     auto size = static_cast<std::size_t>(script_size);
     for (array<std::uint64_t>& row : open.rows) {
         size = size / word_bits + 1;
@@ -19,10 +21,7 @@ result make_rows(open_targets& open, std::int32_t script_size) {
     return result::ok;
 }
 
-}  // namespace
-
-result open_target(open_targets& open, std::int32_t script_size, std::int32_t offset) {
-    if (open.rows.back().empty() && failed(make_rows(open, script_size))) return result::failed;
+void open_target(open_targets& open, std::int32_t offset) {
     auto at = static_cast<std::size_t>(offset);
     for (array<std::uint64_t>& row : open.rows) {
         std::uint64_t& word = row[at / word_bits];
@@ -31,7 +30,6 @@ result open_target(open_targets& open, std::int32_t script_size, std::int32_t of
         if (is_known_above) break;
         at /= word_bits;
     }
-    return result::ok;
 }
 
 void close_target(open_targets& open, std::int32_t offset) {
@@ -47,7 +45,7 @@ void close_target(open_targets& open, std::int32_t offset) {
 std::optional<std::int32_t> lowest_open(const open_targets& open) {
     std::size_t at = 0;
     for (const array<std::uint64_t>& row : std::views::reverse(open.rows)) {
-        if (row.empty() || row[at] == 0) return std::nullopt;
+        if (row[at] == 0) return std::nullopt;
         at = at * word_bits + static_cast<std::size_t>(std::countr_zero(row[at]));
     }
     return static_cast<std::int32_t>(at);

@@ -16,7 +16,7 @@ namespace {
 
 struct walk_state {
     conv& script;
-    open_targets open = {};  // not walked when they were recorded; those walked since are closed when they come up
+    open_targets open = {};  // those walked since they were recorded are closed when they come up
     walk_memory memory;
 };
 
@@ -47,13 +47,24 @@ result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked before.
+// Takes the target of a jump whose operand is at `operand`.
 result add_jump_target(block_walk& block, std::int32_t operand) {
     conv& script = block.script;
     const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
     if (failed(add_jump_offset(script, target))) return result::failed;
-    if (!conv_has(script, target) || offset_table_find(script.code_offset_table, target)) return result::ok;
-    return open_target(block.shared.open, script.data_size, target);
+    const bool is_open = conv_has(script, target) && !offset_table_find(script.code_offset_table, target);
+    if (is_open && are_kept(block.shared.open)) open_target(block.shared.open, target);
+    return result::ok;
+}
+
+result gather_open_targets(walk_state& shared) {
+    const conv& script = shared.script;
+    if (failed(keep_open_targets(shared.open, script.data_size))) return result::failed;
+    auto target = offset_table_first_above(script.jump_offset_table, -1);
+    for (; target && conv_has(script, *target); target = offset_table_first_above(script.jump_offset_table, *target)) {
+        open_target(shared.open, *target);
+    }
+    return result::ok;
 }
 
 // The lowest jump target that was not walked yet, if there is one; those outside the script come last. Targets
@@ -375,6 +386,7 @@ result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
         INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
         return result::ok;
     }
+    if (!are_kept(block.shared.open) && failed(gather_open_targets(block.shared))) return result::failed;
     const auto target = lowest_target(block.shared);
     if (!target) return result::ok;
     if (failed(end_path(memory, way, block.cursor)) || failed(start_remembering(memory))) return result::failed;
