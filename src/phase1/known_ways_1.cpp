@@ -22,11 +22,9 @@ result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
     return push(memory.trail, before);
 }
 
-// Makes a known place on the way, which the edge ends at; and one where the way begins if that is far. But hardly
-// any other walk comes to where a top-level walk begins.
+// Makes a known place on the way, which the edge ends at; and one where the way begins if that is far.
 result make_known(walk_memory& memory, path& way, const path_moment& moment) {
-    const bool is_far = way.known == 0 && moment.cost - way.first.cost >= memory.spacing;
-    if (is_far && way.role != path_role::top_level) {
+    if (way.known == 0 && moment.cost - way.first.cost >= memory.spacing) {
         if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
         way.lead = 0;
     }
@@ -55,6 +53,7 @@ path_role role_of_chain(block_kind kind) { return role_from(path_role::chain, pl
 path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
     path way = {.role = role};
     if (!memory.is_on) return way;
+    way.has_begun = role != path_role::top_level;
     way.first = way.last = moment_at(memory, offset, 0);
     way.edge_start = memory.cost;
     way.deepest = std::exchange(memory.deepest, memory.depth);
@@ -68,11 +67,15 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
     note_deepest(memory, way);
+    if (way.known == 0 && !std::exchange(way.has_begun, true)) {
+        way.first = way.last = moment_at(memory, offset, balance);
+        way.edge_start = memory.cost;
+        return result::ok;
+    }
     const std::int64_t spacing = spacing_of(memory, way.role);
     const bool is_dear = memory.cost - way.last.cost >= spacing;
     const bool is_turn = step.speaks != way.edge.speaks && way.last.cost - way.edge_start >= memory.spacing;
-    const bool is_start = way.role == path_role::top_level && way.last.cost == way.first.cost;
-    if ((is_turn || (is_dear && !is_start)) && failed(make_known(memory, way, way.last))) return result::failed;
+    if ((is_dear || is_turn) && failed(make_known(memory, way, way.last))) return result::failed;
     way.edge = join(way.edge, step);
     way.last = moment_at(memory, offset, balance);
     return memory.cost - way.edge_start < spacing ? result::ok : make_known(memory, way, way.last);

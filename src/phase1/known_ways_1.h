@@ -15,6 +15,7 @@ path_role role_of_chain(block_kind kind);
 // One walk in one role.
 struct path {
     path_role role = path_role::top_level;
+    bool has_begun = false;       // at the top level it does after a step, as hardly any other begins there
     std::uint32_t known = 0;      // the last known place on it, if any
     effect edge = {};             // from there to where the last step began
     path_moment first = {};       // where the walk began

@@ -119,8 +119,8 @@ inline std::int64_t spacing_of(const walk_memory& memory, path_role role) {
     return role < path_role::item ? 4 * memory.spacing : memory.spacing;
 }
 
-// To be called at a code break. From here on walks are remembered if more was looked at than the
-// script has bytes, which an ordinary script never asks for. Fails, as all that remembers does, when
+// To be called at a code break. From here on walks are remembered if much was looked at without finding
+// anything new, which an ordinary script never asks for. Fails, as all that remembers does, when
 // memory runs out, after its message.
 result start_remembering(walk_memory& memory);
 
