@@ -19,11 +19,6 @@ if_within longer_of(const walk_memory& memory, const if_within& one, const if_wi
     return size_of(memory, one.known) < size_of(memory, other.known) ? other : one;
 }
 
-// Back in what is around the if.
-void leave_if(walk_memory& memory, const if_walk& walk, const if_within& longest) {
-    memory.longest = longer_of(memory, walk.longest, longest);
-}
-
 }  // namespace
 
 result begin_if_walk(walk_memory& memory, std::int32_t offset, if_walk& walk) {
@@ -39,7 +34,10 @@ result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
     effect around = effect_since(memory, walk.first, 0, 0);
     const bool is_small = memory.cost - walk.first.cost < memory.spacing &&
                           around.height - memory.places[memory.longest.known].step.height < most_levels;
-    if (walk.known == 0 && is_small) return leave_if(memory, walk, memory.longest), result::ok;
+    if (walk.known == 0 && is_small) {
+        memory.longest = longer_of(memory, walk.longest, memory.longest);
+        return result::ok;
+    }
     std::uint32_t at = 0;
     if (failed(make_place(memory, path_role::if_statement, walk.first.offset, at))) return result::failed;
     known_place& place = memory.places[at];
@@ -53,7 +51,7 @@ result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
     place.step = around;
     find_leap(memory, place);
     memory.cost = walk.first.cost + 1;
-    leave_if(memory, walk, whole);
+    memory.longest = longer_of(memory, walk.longest, whole);
     return result::ok;
 }
 
@@ -61,6 +59,6 @@ std::int32_t pass_if(walk_memory& memory, const if_walk& walk) {
     find_leaps(memory, walk.trail);
     apply(memory, walk.around);
     memory.cost = walk.first.cost + 1;
-    leave_if(memory, walk, {walk.known, messages_said - walk.first.messages});
+    memory.longest = longer_of(memory, walk.longest, {walk.known, messages_said - walk.first.messages});
     return memory.places[walk.known].end;
 }

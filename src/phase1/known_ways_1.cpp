@@ -67,7 +67,8 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     if (offset == way.last.offset) return result::ok;
     const effect step = effect_since(memory, way.last, balance, need);
     note_deepest(memory, way);
-    if (way.known == 0 && !std::exchange(way.has_begun, true)) {
+    if (!way.has_begun && way.known == 0) {
+        way.has_begun = true;
         way.first = way.last = moment_at(memory, offset, balance);
         way.edge_start = memory.cost;
         return result::ok;

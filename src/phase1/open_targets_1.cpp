@@ -1,7 +1,6 @@
 #include "phase1/open_targets_1.h"
 
 #include <bit>
-#include <ranges>
 
 #include "base/diagnostics.h"
 
@@ -44,9 +43,10 @@ void close_target(open_targets& open, std::int32_t offset) {
 
 std::optional<std::int32_t> lowest_open(const open_targets& open) {
     std::size_t at = 0;
-    for (const array<std::uint64_t>& row : std::views::reverse(open.rows)) {
-        if (row[at] == 0) return std::nullopt;
-        at = at * word_bits + static_cast<std::size_t>(std::countr_zero(row[at]));
+    for (auto row = open.rows.rbegin(); row != open.rows.rend(); ++row) {
+        const std::uint64_t word = (*row)[at];
+        if (word == 0) return std::nullopt;
+        at = at * word_bits + static_cast<std::size_t>(std::countr_zero(word));
     }
     return static_cast<std::int32_t>(at);
 }
