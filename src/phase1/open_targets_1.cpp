@@ -43,8 +43,8 @@ void close_target(open_targets& open, std::int32_t offset) {
 
 std::optional<std::int32_t> lowest_open(const open_targets& open) {
     std::size_t at = 0;
-    for (auto row = open.rows.rbegin(); row != open.rows.rend(); ++row) {
-        const std::uint64_t word = (*row)[at];
+    for (std::size_t row = open.rows.size(); row-- > 0;) {
+        const std::uint64_t word = open.rows[row][at];
         if (word == 0) return std::nullopt;
         at = at * word_bits + static_cast<std::size_t>(std::countr_zero(word));
     }
