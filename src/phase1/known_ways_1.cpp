@@ -104,8 +104,7 @@ result end_path(walk_memory& memory, path& way, std::int32_t offset, std::int32_
     if (!memory.is_on) return result::ok;
     if (failed(take_step(memory, way, offset, balance, need))) return result::failed;
     // Where a reference ends depends on its balance, so that the place is of no use to others.
-    const bool is_kept = way.known != 0 && way.role != path_role::reference &&
-                         4 * (memory.cost - way.edge_start) >= spacing_of(memory, way.role);
+    const bool is_kept = way.known != 0 && way.role != path_role::reference;
     if (is_kept && failed(make_known(memory, way, way.last))) return result::failed;
     find_leaps(memory, way.trail);
     memory.deepest = std::max(memory.deepest, way.deepest);

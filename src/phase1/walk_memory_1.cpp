@@ -7,7 +7,7 @@
 result start_remembering(walk_memory& memory) {
     const std::int32_t size = memory.script.data_size;
     const std::int64_t looks_again = phase_1_looks - memory.script.code_offset_table.inserted;
-    const bool pays = looks_again > size / 8 || walks_remember == remembering::always;
+    const bool pays = looks_again > size / 32 || walks_remember == remembering::always;
     if (memory.is_on || !pays || walks_remember == remembering::never) return result::ok;
     if (walks_remember == remembering::always) memory.spacing = 0;
     const std::size_t stretches = stretch_of(size) + 1;
