@@ -91,7 +91,7 @@ struct walk_memory {
     conv& script;
     bool is_on = false;
     std::int64_t cost = 0;  // looks that walking here again would cost
-    std::int64_t spacing = 24;
+    std::int64_t spacing = 20;
 
     array<known_place> places = {};       // the first is none
     array<std::uint32_t> stretches = {};  // the first known place of each stretch
