@@ -378,7 +378,7 @@ result walk_step(block_walk& block, std::uint8_t code) {
 }
 
 // At a data block start. `goes_on` tells whether the walk does, at another offset.
-result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
+OUT_OF_FRAME result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
     walk_memory& memory = block.shared.memory;
     goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
