@@ -24,13 +24,13 @@ result reach_place(walk_memory& memory, path& way, std::uint32_t at) {
 
 // Makes a known place on the way, which the edge ends at; and one where the way begins if that is far.
 result make_known(walk_memory& memory, path& way, const path_moment& moment) {
-    if (way.known == 0 && moment.cost - way.first.cost >= memory.spacing) {
-        if (failed(make_place(memory, way.role, way.first.offset, way.known))) return result::failed;
+    if (way.known == 0 && moment.cost - way.start_cost >= memory.spacing) {
+        if (failed(make_place(memory, way.role, way.start, way.known))) return result::failed;
         way.lead = 0;
     }
     std::uint32_t at = 0;
     if (failed(make_place(memory, way.role, moment.offset, at))) return result::failed;
-    if (way.lead < 0) way.lead = moment.cost - way.first.cost;
+    if (way.lead < 0) way.lead = moment.cost - way.start_cost;
     if (at != way.known && failed(reach_place(memory, way, at))) return result::failed;
     way.edge = {};
     way.edge_start = moment.cost;
@@ -50,12 +50,11 @@ path_role role_in(block_kind kind) {
 
 path_role role_of_chain(block_kind kind) { return role_from(path_role::chain, place_of(kind.parent_code)); }
 
-path begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
-    path way = {.role = role};
-    if (!memory.is_on) return way;
-    way.has_begun = role != path_role::top_level;
-    way.first = way.last = moment_at(memory, offset, 0);
-    way.edge_start = memory.cost;
+path path_from(walk_memory& memory, path_role role, std::int32_t offset) {
+    path way = {.role = role, .has_begun = role != path_role::top_level};
+    way.last = moment_at(memory, offset, 0);
+    way.start = offset;
+    way.start_cost = way.edge_start = memory.cost;
     way.deepest = std::exchange(memory.deepest, memory.depth);
     way.trail = memory.trail.size();
     return way;
@@ -69,8 +68,9 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     note_deepest(memory, way);
     if (!way.has_begun && way.known == 0) {
         way.has_begun = true;
-        way.first = way.last = moment_at(memory, offset, balance);
-        way.edge_start = memory.cost;
+        way.last = moment_at(memory, offset, balance);
+        way.start = offset;
+        way.start_cost = way.edge_start = memory.cost;
         return result::ok;
     }
     const std::int64_t spacing = spacing_of(memory, way.role);
@@ -100,14 +100,13 @@ result pass_known(walk_memory& memory, path& way, std::int32_t& offset, std::int
     return result::ok;
 }
 
-result end_path(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
-    if (!memory.is_on) return result::ok;
+result end_known(walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance, std::int32_t need) {
     if (failed(take_step(memory, way, offset, balance, need))) return result::failed;
     // Where a reference ends depends on its balance, so that the place is of no use to others.
     const bool is_kept = way.known != 0 && way.role != path_role::reference;
     if (is_kept && failed(make_known(memory, way, way.last))) return result::failed;
     find_leaps(memory, way.trail);
     memory.deepest = std::max(memory.deepest, way.deepest);
-    if (way.lead >= 0) memory.cost = way.first.cost + way.lead + 1;
+    if (way.lead >= 0) memory.cost = way.start_cost + way.lead + 1;
     return result::ok;
 }

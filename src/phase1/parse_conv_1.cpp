@@ -92,7 +92,7 @@ OUT_OF_FRAME result walk_text(block_walk& block) {
     std::int32_t length = 0;
     if (memory.is_on) {
         std::int32_t end = block.cursor;
-        path way = begin_path(memory, path_role::text, end);
+        auto way = begin_path(memory, path_role::text, end);
         do {
             if (failed(pass(memory, way, end))) return result::failed;
             count_looks(memory, 1);
@@ -255,7 +255,7 @@ result walk_exit_of_answer(block_walk& block, std::int32_t& exits) {
 // Keywords statements one after the other, each with its answer, then EE.
 OUT_OF_FRAME result walk_keywords_chain(block_walk& block) {
     walk_memory& memory = block.shared.memory;
-    path way = begin_path(memory, role_of_chain(block.kind), block.cursor);
+    auto way = begin_path(memory, role_of_chain(block.kind), block.cursor);
     std::int32_t exits = 0;  // answers that a jump or bye ended
     for (;;) {
         if (failed(pass(memory, way, block.cursor, exits))) return result::failed;
@@ -378,7 +378,7 @@ result walk_step(block_walk& block, std::uint8_t code) {
 }
 
 // At a data block start. `goes_on` tells whether the walk does, at another offset.
-OUT_OF_FRAME result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
+OUT_OF_FRAME result walk_past_data_block(block_walk& block, std::optional<path>& way, bool& goes_on) {
     walk_memory& memory = block.shared.memory;
     goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
@@ -403,7 +403,7 @@ result walk_block(block_walk& block) {
     const auto [parent_code, grandparent_code] = block.kind;
     const std::uint8_t closers = closers_of(block.kind);
     DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
-    path way = begin_path(memory, role_in(block.kind), block.cursor);
+    auto way = begin_path(memory, role_in(block.kind), block.cursor);
     while (!at_end(block)) {
         if (failed(arrive(memory, way, block.cursor))) return result::failed;
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
