@@ -70,12 +70,16 @@ static void past_nested_messages(script_builder& b, const targets& t) {
     for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
 }
 
-// Behind more messages than the script has bytes.
-static void past_many_messages(script_builder& b, const targets& t) {
-    const targets few(t.begin(), t.begin() + 8);
-    text_of(b, few);
-    for (std::size_t i = 0; i < t.size() / 4; ++i) b.code({op_addkarma, op_int32}).int32(0).byte(op_eval);
-    past_nested_messages(b, {t.begin() + 8, t.end()});
+// Few messages among many steps and ifs without any.
+static void past_rare_messages(script_builder& b, const targets& t) {
+    constexpr std::size_t depth = 30;
+    text_of(b, t);
+    for (std::size_t i = 0; i < depth; ++i) {
+        b.code({op_if, 5, op_eval});
+        for (std::size_t k = 0; k < 95; ++k) b.byte(op_sleep);
+        if (i % 10 == 0) write_message(b);
+    }
+    for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
 }
 
 static void past_names(script_builder& b, const targets& t) {
@@ -100,6 +104,25 @@ static void in_nested_text(script_builder& b, const targets& t) {
     b.byte('a');
     for (const label target : t) b.place(target).byte('b');
     for (std::size_t i = 0; i < depth; ++i) b.byte(op_endif);
+    b.byte(op_sleep);
+}
+
+static void write_answer(script_builder& b) { b.code({op_keywords, 'a', op_answer, op_sleep, op_bye}); }
+
+// A text in chains of many answers in ifs.
+static void in_nested_chains(script_builder& b, const targets& t) {
+    constexpr std::size_t answers = 12;
+    const std::size_t depth = std::min<std::size_t>(t.size() / 16 + 1, 1900);
+    for (std::size_t i = 0; i < depth; ++i) {
+        b.code({op_if, 5, op_eval});
+        for (std::size_t k = 0; k < answers; ++k) write_answer(b);
+        b.code({op_keywords, 'a', op_answer});
+    }
+    text_of(b, t);
+    for (std::size_t i = 0; i < depth; ++i) {
+        for (std::size_t k = 0; k < answers; ++k) write_answer(b);
+        b.code({op_endanswer, op_endif});
+    }
     b.byte(op_sleep);
 }
 
@@ -164,7 +187,7 @@ static void in_hidden_branches(script_builder& b, const targets& t) {
 
 void walks_past_messages(script_builder& b, std::size_t size) { walks<past_messages>(b, size / 6); }
 void walks_past_nested_messages(script_builder& b, std::size_t size) { walks<past_nested_messages>(b, size / 7); }
-void walks_past_many_messages(script_builder& b, std::size_t size) { walks<past_many_messages>(b, size / 9); }
+void walks_past_rare_messages(script_builder& b, std::size_t size) { walks<past_rare_messages>(b, size / 6); }
 void walks_past_names(script_builder& b, std::size_t size) { walks<past_names>(b, size / 10); }
 void walks_in_nesting(script_builder& b, std::size_t size) { walks<in_nesting>(b, size / 12); }
 void walks_in_keywords(script_builder& b, std::size_t size) { walks<in_keywords>(b, size / 15); }
@@ -173,6 +196,7 @@ void walks_in_literals(script_builder& b, std::size_t size) { walks<in_literals>
 void walks_in_references(script_builder& b, std::size_t size) { walks<in_references>(b, size / 8); }
 void walks_in_conditions(script_builder& b, std::size_t size) { walks<in_conditions>(b, size / 15); }
 void walks_naming_nested(script_builder& b, std::size_t size) { walks_naming<in_nested_text>(b, size / 42); }
+void walks_naming_in_chains(script_builder& b, std::size_t size) { walks_naming<in_nested_chains>(b, size / 51); }
 void walks_naming_keywords(script_builder& b, std::size_t size) { walks_naming<in_keywords>(b, size / 47); }
 void walks_in_hidden_branches(script_builder& b, std::size_t size) { walks<in_hidden_branches>(b, size / 6); }
 void walks_in_hidden_ifs(script_builder& b, std::size_t size) { walks<in_hidden_ifs>(b, size / 8); }

@@ -86,16 +86,17 @@ class way_back_test(unittest.TestCase):
         """A script is replaced as a whole or keeps its bytes and its place, and nothing else is left."""
         pathlib.Path("listing").write_bytes(b"    bye\n; END\n")
         pathlib.Path("wrong").write_bytes(b"    byte\n; END\n")
-        pathlib.Path("old").write_bytes(b"old")
-        os.chmod("old", 0o640)
-        os.symlink("old", "link")
+        old = "o" * 255
+        pathlib.Path(old).write_bytes(b"old")
+        os.chmod(old, 0o640)
+        os.symlink(old, "link")
         limited = {"preexec_fn": lambda: resource.setrlimit(resource.RLIMIT_FSIZE, (0, 0))}
-        for status, output, listing, streams in (1, "old", "wrong", {}), (1, "link", "listing", limited), (0, "link", "listing", {}):
+        for status, output, listing, streams in (1, old, "wrong", {}), (1, "link", "listing", limited), (0, "link", "listing", {}):
             with self.subTest(output=output, listing=listing):
                 self.assertEqual(run("-as", "-o", output, listing, **streams)[0], status)
-                self.assertEqual(pathlib.Path("old").read_bytes(), b"old" if status else b"\xB6")
-                self.assertEqual(sorted(os.listdir()), ["link", "listing", "old", "wrong"])
-        self.assertEqual((os.readlink("link"), stat.S_IMODE(os.stat("old").st_mode)), ("old", 0o640))
+                self.assertEqual(pathlib.Path(old).read_bytes(), b"old" if status else b"\xB6")
+                self.assertEqual(sorted(os.listdir()), ["link", "listing", old, "wrong"])
+        self.assertEqual((os.readlink("link"), stat.S_IMODE(os.stat(old).st_mode)), (old, 0o640))
         with open("listing", "rb") as listing:
             self.assertEqual(run("-as", "-o", "-", "-", stdin=listing), (0, b"\xB6", b""))
         with open("/dev/full", "wb") as full:

@@ -70,9 +70,7 @@ void sort_rows(text_table& table, fault_list& faults) {
 }
 
 // Programs that edit tables may add empty fields.
-bool is_end(const std::uint8_t* line) {
-    return std::memcmp(line, "# end", 5) == 0 && is_line_end(line + 5);
-}
+bool is_end(const std::uint8_t* line) { return std::memcmp(line, "# end", 5) == 0 && is_line_end(line + 5); }
 
 }  // namespace
 

@@ -1,6 +1,5 @@
 #include "base/diagnostics.h"
 
-#include <array>
 #include <cstdarg>
 #include <cstdio>
 #include <span>
@@ -20,19 +19,11 @@ constexpr int no_line = -1;
     return length < 0 ? length : begun + length;
 }
 
-bool is_quiet() { return kept_messages != nullptr && kept_messages->is_quiet; }
-
-void keep(std::string_view message) {
-    if (kept_messages == nullptr) return;
-    message_copy& copy = *kept_messages;
-    const bool fits = copy.text.size() + message.size() <= copy.limit;
-    if (!fits || !copy.text.append(message.data(), message.size())) ++copy.lost;
-}
-
 // A message is handed on whole, so that no other output gets into it. One that does not fit in the
 // buffer's room (it shows a long text) is formatted again into memory of its own, and cut when there
 // is none.
 [[gnu::format(printf, 3, 0)]] void put_message(const char* severity, int line, const char* format, va_list arguments) {
+    ++messages_said;
     va_list again;
     va_copy(again, arguments);
     const std::span<char> room(diagnostics.room(writer::max_room), writer::max_room);
@@ -41,13 +32,11 @@ void keep(std::string_view message) {
     array<char> text;
     if (size < room.size()) {
         room[size] = '\n';
-        keep({room.data(), size + 1});
-        if (!is_quiet()) diagnostics.advance(room.data() + size + 1);
+        diagnostics.advance(room.data() + size + 1);
     } else if (length >= 0 && text.assign_unset(size + 1)) {
         (void)format_message({text.data(), text.size()}, severity, line, format, again);
         text[size] = '\n';
-        keep({text.data(), text.size()});
-        if (!is_quiet()) diagnostics.put({text.data(), text.size()});
+        diagnostics.put({text.data(), text.size()});
     } else {
         room.back() = '\n';
         diagnostics.advance(room.data() + room.size());
@@ -57,12 +46,6 @@ void keep(std::string_view message) {
 }
 
 }  // namespace
-
-void repeat_messages(const message_copy& copy, std::size_t begin, std::size_t end) {
-    if (!is_quiet()) diagnostics.put({copy.text.data() + begin, end - begin});
-    // What is added may move the text.
-    for (; begin != end; ++begin) keep({std::array{copy.text[begin]}.data(), 1});
-}
 
 void report(const char* severity, const char* format, ...) {
     va_list arguments;
@@ -78,7 +61,4 @@ void report_at(const char* severity, int line, const char* format, ...) {
     va_end(arguments);
 }
 
-failure memory_exhausted(std::size_t size) {
-    if (kept_messages != nullptr) kept_messages->is_quiet = false;
-    return ERROR("memory exhausted! (size=%zu)", size);
-}
+failure memory_exhausted(std::size_t size) { return ERROR("memory exhausted! (size=%zu)", size); }

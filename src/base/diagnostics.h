@@ -11,19 +11,8 @@
 // the driver flushes them before it opens an output, before any of the listing and when the run ends.
 inline constinit writer diagnostics;
 
-// A copy of what is reported, for saying it again. What does not fit is counted.
-struct message_copy {
-    array<char> text;
-    std::size_t limit = 0;
-    std::uint32_t lost = 0;
-    bool is_quiet = false;  // messages go nowhere else
-};
-
-// Takes a copy of each message, when there is one.
-inline message_copy* kept_messages = nullptr;
-
-// Says again what lies between two places of a copy.
-void repeat_messages(const message_copy& copy, std::size_t begin, std::size_t end);
+// How many messages there were.
+inline std::uint64_t messages_said = 0;
 
 // A message was too long for the memory there is, or for printing at all, and was cut. The run
 // can't end well then.

@@ -63,10 +63,13 @@ mode_t mode_for(const struct stat* existing) {
     return 0666 & ~mask;
 }
 
-// Writes beside the place and renames. A signal that ends the run must not leave the file behind.
+// Writes beside the place, under a name that is not longer for a long one, and renames. A signal that ends the
+// run must not leave the file behind.
 result write_beside(const char* place, std::span<const std::uint8_t> bytes, const struct stat* existing) {
-    std::array<char, PATH_MAX + 8> beside;
-    const int size = std::snprintf(beside.data(), beside.size(), "%s.XXXXXX", place);
+    std::array<char, PATH_MAX> beside;
+    const char* const last_slash = std::strrchr(place, '/');
+    const auto folder = static_cast<int>(last_slash == nullptr ? 0 : last_slash + 1 - place);
+    const int size = std::snprintf(beside.data(), beside.size(), "%.*s.varsul-as-XXXXXX", folder, place);
     if (size < 0 || static_cast<std::size_t>(size) >= beside.size()) {
         errno = ENAMETOOLONG;
         return result::failed;

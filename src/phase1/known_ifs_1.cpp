@@ -3,96 +3,62 @@
 #include <algorithm>
 #include <utility>
 
+#include "base/diagnostics.h"
+#include "phase1/known_places_1.h"
+
 namespace {
 
-// Whether nothing has changed in an if around an inner one. At the inner one's start begins a step of the outer.
-bool is_same_around(const walk_memory& memory, const known_if& outer, const known_if& inner, std::uint32_t time) {
-    return latest_change(memory, outer.offset, inner.offset) <= time &&
-           latest_change(memory, inner.end, outer.end - 1) <= time;
+// Of blocks between known ifs.
+constexpr std::int32_t most_levels = 8;
+
+std::int32_t size_of(const walk_memory& memory, std::uint32_t at) {
+    return memory.places[at].end - memory.places[at].offset;
 }
 
-std::int32_t size_of(const walk_memory& memory, std::uint32_t at) { return memory.ifs[at].end - memory.ifs[at].offset; }
-
-std::uint32_t longer_of(const walk_memory& memory, std::uint32_t one, std::uint32_t other) {
-    return size_of(memory, one) < size_of(memory, other) ? other : one;
-}
-
-void find_leap_inwards(walk_memory& memory, known_if& around) {
-    const known_if& inner = memory.ifs[around.inner];
-    const known_if& behind = memory.ifs[inner.far];
-    around.span = leap_span(inner.span, behind.span);
-    around.far = around.span == 1 ? around.inner : behind.far;
-}
-
-result add_if(walk_memory& memory, std::int32_t offset, std::uint32_t& at) {
-    at = static_cast<std::uint32_t>(memory.ifs.size());
-    std::uint32_t& first = memory.if_stretches[stretch_of(offset)];
-    if (failed(push(memory.ifs, {.offset = offset, .end = offset, .neighbour = first}))) return result::failed;
-    first = at;
-    return result::ok;
+if_within longer_of(const walk_memory& memory, const if_within& one, const if_within& other) {
+    return size_of(memory, one.known) < size_of(memory, other.known) ? other : one;
 }
 
 }  // namespace
 
-std::uint32_t find_if(const walk_memory& memory, std::int32_t offset) {
-    std::uint32_t at = memory.if_stretches[stretch_of(offset)];
-    while (at != 0 && memory.ifs[at].offset != offset) at = memory.ifs[at].neighbour;
-    return at;
-}
-
-std::uint32_t find_changed(walk_memory& memory, std::uint32_t at) {
-    const std::uint32_t whole = at;
-    if (memory.depth + memory.ifs[at].whole.height > max_nesting) return whole;
-    for (std::uint32_t time = memory.ifs[at].whole.time; time >= memory.since;) {
-        const known_if& place = memory.ifs[at];
-        count_looks(memory, 1);
-        if (place.said > time) return whole;
-        time = std::max(time, place.whole.time);
-        if (latest_change(memory, place.offset, place.end - 1) <= time) return 0;
-        if (place.inner == 0) return at;
-        if (is_same_around(memory, place, memory.ifs[place.far], time)) {
-            at = place.far;
-        } else if (is_same_around(memory, place, memory.ifs[place.inner], time)) {
-            at = place.inner;
-        } else {
-            return at;
-        }
-    }
-    return whole;
-}
-
-void pass_if(walk_memory& memory, std::uint32_t at) {
-    std::int32_t balance = 0;
-    apply(memory, memory.ifs[at].whole, balance);
-    memory.ifs[at].whole.time = memory.changes;
-    memory.longest = longer_of(memory, memory.longest, at);
-}
-
-if_walk begin_if_walk(walk_memory& memory, std::int32_t offset) {
-    return {moment_at(memory, offset, 0), std::exchange(memory.deepest, memory.depth),
-            std::exchange(memory.longest, 0)};
+result begin_if_walk(walk_memory& memory, std::int32_t offset, if_walk& walk) {
+    walk.first = moment_at(memory, offset, 0);
+    walk.known = walk.part = find_place(memory, path_role::if_statement, offset);
+    walk.trail = memory.trail.size();
+    if (failed(follow(memory, walk.part, 0, walk.around))) return result::failed;
+    walk.longest = std::exchange(memory.longest, {});
+    return result::ok;
 }
 
 result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end) {
-    const std::int64_t cost = memory.cost - walk.first.cost;
-    effect whole = effect_since(memory, walk.first, 0, 0);
-    memory.deepest = std::max(memory.deepest, walk.deepest);
-    std::uint32_t at = find_if(memory, walk.first.offset);
-    const std::int64_t least = std::max(memory.spacing, price_of(memory, whole));
-    if (at == 0 && cost >= least && failed(add_if(memory, walk.first.offset, at))) return result::failed;
-    if (at == 0) {
+    effect around = effect_since(memory, walk.first, 0, 0);
+    const bool is_small = memory.cost - walk.first.cost < memory.spacing &&
+                          around.height - memory.places[memory.longest.known].step.height < most_levels;
+    if (walk.known == 0 && is_small) {
         memory.longest = longer_of(memory, walk.longest, memory.longest);
         return result::ok;
     }
-    known_if& place = memory.ifs[at];
-    keep_messages(memory, whole, place.whole, cost);
-    if (is_silent(whole) ? !is_silent(place.whole) : whole.messages != place.whole.messages)
-        place.said = walk.first.time;
-    if (whole.time != 0) memory.cost = walk.first.cost + 1;
+    std::uint32_t at = 0;
+    if (failed(make_place(memory, path_role::if_statement, walk.first.offset, at))) return result::failed;
+    known_place& place = memory.places[at];
+    // A longer one than those that were met was passed, without messages, by a way that leads past it.
+    const if_within passed = {walk.known == 0 ? 0 : place.next, 0};
+    const if_within inner = longer_of(memory, memory.longest, passed);
+    const if_within whole = {at, messages_said - walk.first.messages};
+    around.speaks = whole.messages != inner.messages;
     place.end = end;
-    place.whole = whole;
-    place.inner = longer_of(memory, place.inner, memory.longest);
-    if (place.inner != 0) find_leap_inwards(memory, place);
-    memory.longest = longer_of(memory, walk.longest, at);
+    place.next = inner.known;
+    place.step = around;
+    find_leap(memory, place);
+    memory.cost = walk.first.cost + 1;
+    memory.longest = longer_of(memory, walk.longest, whole);
     return result::ok;
+}
+
+std::int32_t pass_if(walk_memory& memory, const if_walk& walk) {
+    find_leaps(memory, walk.trail);
+    apply(memory, walk.around);
+    memory.cost = walk.first.cost + 1;
+    memory.longest = longer_of(memory, walk.longest, {walk.known, messages_said - walk.first.messages});
+    return memory.places[walk.known].end;
 }

@@ -9,33 +9,32 @@
 //        A2                    endif       to the inner if, which misses its endif there
 //     A2                       endif
 //
-// So what is to be found out about a known if is whether new data blocks have come to lie in it at a step.
-// Each remembers the longest known if in it, and leaps over many of those: where nothing has changed
-// around an inner if, that one is looked at instead, and the innermost that has changed is walked again,
-// without a word. If it ends as before and says the same, so do all those around it. An if that is not the
-// longest is at most half as long as what is around it: few of them lie in each other.
+// So of a known if only the parts that have messages, or to which a new data block came, must be walked
+// again, and where nothing of that is around an inner if, only that one. Each leads to the longest known if
+// in it. Another one in it is at most half as long as it: few of them lie in each other. Of ifs in each other
+// at least one in a few levels becomes known, since what is known in them makes walking them seem cheap.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "phase1/walk_memory_1.h"
 
-// One if that is walked.
+// One if that is walked, perhaps only in part.
 struct if_walk {
     path_moment first = {};
-    std::int32_t deepest = 0;   // before it
-    std::uint32_t longest = 0;  // before it, in the same if around both
+    std::uint32_t known = 0;  // 0 when it was not walked before
+    std::uint32_t part = 0;   // it or the only if in it that must be walked, 0 for none
+    effect around = {};       // what is around the part
+    std::size_t trail = 0;    // where its part of the memory's trail begins
+    if_within longest = {};   // before it, in the same if around both
 };
 
-// The known if at an offset, 0 if there is none.
-std::uint32_t find_if(const walk_memory& memory, std::int32_t offset);
+// To be called where an if begins.
+result begin_if_walk(walk_memory& memory, std::int32_t offset, if_walk& walk);
 
-// The innermost part of a known if that has changed since that was walked, perhaps itself; 0 if none has.
-std::uint32_t find_changed(walk_memory& memory, std::uint32_t at);
-
-// Does what walking the if would do, but for moving the cursor. Nothing of it may have changed.
-void pass_if(walk_memory& memory, std::uint32_t at);
-
-// To be called before an if is walked, and behind its endif.
-if_walk begin_if_walk(walk_memory& memory, std::int32_t offset);
+// To be called behind its endif when the part was all of it.
 result end_if_walk(walk_memory& memory, const if_walk& walk, std::int32_t end);
+
+// To be called when the part was not, behind its endif. Returns where the whole if ends.
+std::int32_t pass_if(walk_memory& memory, const if_walk& walk);

@@ -1,17 +1,14 @@
 #include "phase1/parse_conv_1.h"
 
-#include <algorithm>
-#include <array>
-#include <functional>
 #include <limits>
 #include <optional>
-#include <utility>
 
 #include "base/diagnostics.h"
 #include "model/block.h"
 #include "model/text.h"
 #include "phase1/known_ifs_1.h"
 #include "phase1/known_ways_1.h"
+#include "phase1/open_targets_1.h"
 #include "phase1/parse_operand_1.h"
 #include "phase1/recover_1.h"
 
@@ -19,9 +16,7 @@ namespace {
 
 struct walk_state {
     conv& script;
-    // Jump targets from 0 up that were not walked when they were recorded, as a heap with the
-    // lowest on top. Those walked since are dropped when they come up.
-    array<std::int32_t> open_targets = {};
+    open_targets open = {};  // those walked since they were recorded are closed when they come up
     walk_memory memory;
 };
 
@@ -52,31 +47,39 @@ result walk_sub_block(block_walk& outer, std::int32_t opener, block_kind kind) {
     return outcome;
 }
 
-// Takes the target of a jump whose operand is at `operand`. It is an open one unless it was walked or
-// recorded before.
+// Takes the target of a jump whose operand is at `operand`.
 result add_jump_target(block_walk& block, std::int32_t operand) {
     conv& script = block.script;
-    array<std::int32_t>& open = block.shared.open_targets;
     const auto target = static_cast<std::int32_t>(conv_int32(script, operand));
-    const std::int32_t inserted = script.jump_offset_table.inserted;
     if (failed(add_jump_offset(script, target))) return result::failed;
-    const bool is_walked = conv_has(script, target) && offset_table_find(script.code_offset_table, target);
-    if (target < 0 || is_walked || inserted == script.jump_offset_table.inserted) return result::ok;
-    if (failed(push(open, target))) return result::failed;
-    std::push_heap(open.begin(), open.end(), std::greater());
+    const bool is_open = conv_has(script, target) && !offset_table_find(script.code_offset_table, target);
+    if (is_open && are_kept(block.shared.open)) open_target(block.shared.open, target);
     return result::ok;
 }
 
-// The lowest jump target that was not walked yet, no_target if there is none. Targets below 0 are left to
-// the jump check.
-constexpr std::int32_t no_target = -1;
-std::int32_t lowest_open_target(walk_state& shared) {
-    array<std::int32_t>& open = shared.open_targets;
-    for (; !open.empty(); open.pop_back()) {
-        if (!offset_table_find(shared.script.code_offset_table, open[0])) return open[0];
-        std::pop_heap(open.begin(), open.end(), std::greater());
+result gather_open_targets(walk_state& shared) {
+    const conv& script = shared.script;
+    if (failed(keep_open_targets(shared.open, script.data_size))) return result::failed;
+    auto target = offset_table_first_above(script.jump_offset_table, -1);
+    for (; target && conv_has(script, *target); target = offset_table_first_above(script.jump_offset_table, *target)) {
+        open_target(shared.open, *target);
     }
-    return no_target;
+    return result::ok;
+}
+
+// The lowest jump target that was not walked yet, if there is one; those outside the script come last. Targets
+// below 0 are left to the jump check.
+std::optional<std::int32_t> lowest_target(walk_state& shared) {
+    const conv& script = shared.script;
+    while (const auto target = lowest_open(shared.open)) {
+        if (!offset_table_find(script.code_offset_table, *target)) return target;
+        close_target(shared.open, *target);
+    }
+    auto outside = offset_table_first_above(script.jump_offset_table, script.data_size - 1);
+    while (outside && offset_table_find(script.code_offset_table, *outside)) {
+        outside = offset_table_first_above(script.jump_offset_table, *outside);
+    }
+    return outside;
 }
 
 // What walk_block calls must not lie in its frame: there is one of it for each level of nesting.
@@ -89,7 +92,7 @@ OUT_OF_FRAME result walk_text(block_walk& block) {
     std::int32_t length = 0;
     if (memory.is_on) {
         std::int32_t end = block.cursor;
-        path way = begin_path(memory, path_role::text, end);
+        auto way = begin_path(memory, path_role::text, end);
         do {
             if (failed(pass(memory, way, end))) return result::failed;
             count_looks(memory, 1);
@@ -160,46 +163,30 @@ result end_if(block_walk& block, std::int32_t start) {
 
 // A1 condition branch, then A2, or A3 branch A2.
 result walk_whole_if(block_walk& block) {
-    walk_memory& memory = block.shared.memory;
     const std::int32_t start = block.cursor;
-    const if_walk walk = begin_if_walk(memory, start);
     if (failed(begin_if(block)) || failed(walk_branch(block, start, OP_IF))) return result::failed;
     if (byte_at_cursor(block) == OP_ELSE) {
         const std::int32_t start_of_else = block.cursor;
         if (failed(begin_else(block)) || failed(walk_branch(block, start_of_else, OP_ELSE))) return result::failed;
     }
-    if (failed(end_if(block, start))) return result::failed;
-    return memory.is_on ? end_if_walk(memory, walk, block.cursor) : result::ok;
+    return end_if(block, start);
 }
 
-// Walks a part of a known if again without a word. Where that fails, the run ends: everything is walked
-// from here on, and says why. Fails when memory runs out, after its message.
-OUT_OF_FRAME result walk_again(block_walk& block, std::int32_t start) {
-    walk_memory& memory = block.shared.memory;
-    const path_moment before = moment_at(memory, start, 0);
-    const bool was_quiet = std::exchange(memory.messages.is_quiet, true);
-    block_walk part = {.shared = block.shared, .script = block.script, .cursor = start, .kind = {}};
-    const result outcome = walk_whole_if(part);
-    if (!memory.messages.is_quiet) return result::failed;
-    memory.messages.is_quiet = was_quiet;
-    take_back(memory, before);
-    if (failed(outcome)) forget_walks(memory);
-    return result::ok;
-}
-
-// Passes a known if, or walks it.
+// Walks as much of an if as must be.
 result walk_if(block_walk& block) {
     walk_memory& memory = block.shared.memory;
-    const std::uint32_t known = memory.is_on ? find_if(memory, block.cursor) : 0;
-    if (known == 0) return walk_whole_if(block);
-    std::uint32_t changed = find_changed(memory, known);
-    if (changed != 0 && changed != known) {
-        if (failed(walk_again(block, memory.ifs[changed].offset))) return result::failed;
-        changed = find_changed(memory, known);
+    if (!memory.is_on) return walk_whole_if(block);
+    if_walk walk;
+    if (failed(begin_if_walk(memory, block.cursor, walk))) return result::failed;
+    if (walk.part == walk.known) {
+        if (failed(walk_whole_if(block))) return result::failed;
+        return end_if_walk(memory, walk, block.cursor);
     }
-    if (changed != 0) return walk_whole_if(block);
-    pass_if(memory, known);
-    block.cursor = memory.ifs[known].end;
+    if (walk.part != 0) {
+        block.cursor = memory.places[walk.part].offset;
+        if (failed(walk_if(block))) return result::failed;
+    }
+    block.cursor = pass_if(memory, walk);
     return result::ok;
 }
 
@@ -268,7 +255,7 @@ result walk_exit_of_answer(block_walk& block, std::int32_t& exits) {
 // Keywords statements one after the other, each with its answer, then EE.
 OUT_OF_FRAME result walk_keywords_chain(block_walk& block) {
     walk_memory& memory = block.shared.memory;
-    path way = begin_path(memory, role_of_chain(block.kind), block.cursor);
+    auto way = begin_path(memory, role_of_chain(block.kind), block.cursor);
     std::int32_t exits = 0;  // answers that a jump or bye ended
     for (;;) {
         if (failed(pass(memory, way, block.cursor, exits))) return result::failed;
@@ -391,7 +378,7 @@ result walk_step(block_walk& block, std::uint8_t code) {
 }
 
 // At a data block start. `goes_on` tells whether the walk does, at another offset.
-result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
+OUT_OF_FRAME result walk_past_data_block(block_walk& block, std::optional<path>& way, bool& goes_on) {
     walk_memory& memory = block.shared.memory;
     goes_on = false;
     INFORMATION(1, "code break by data block: offset=%08X", block.cursor);
@@ -399,12 +386,13 @@ result walk_past_data_block(block_walk& block, path& way, bool& goes_on) {
         INFORMATION(1, "return to parent: parent=%02X", block.kind.parent_code);
         return result::ok;
     }
-    const std::int32_t target = lowest_open_target(block.shared);
-    if (target == no_target) return result::ok;
+    if (!are_kept(block.shared.open) && failed(gather_open_targets(block.shared))) return result::failed;
+    const auto target = lowest_target(block.shared);
+    if (!target) return result::ok;
     if (failed(end_path(memory, way, block.cursor)) || failed(start_remembering(memory))) return result::failed;
-    INFORMATION(1, "next offset=%08X", target);
-    block.cursor = target;
-    way = begin_path(memory, role_in(block.kind), target);
+    INFORMATION(1, "next offset=%08X", *target);
+    block.cursor = *target;
+    way = begin_path(memory, role_in(block.kind), block.cursor);
     goes_on = true;
     return result::ok;
 }
@@ -415,7 +403,7 @@ result walk_block(block_walk& block) {
     const auto [parent_code, grandparent_code] = block.kind;
     const std::uint8_t closers = closers_of(block.kind);
     DEBUG("parse_conv_1(*, %08X, *, %02X, %02X)", block.cursor, parent_code, grandparent_code);
-    path way = begin_path(memory, role_in(block.kind), block.cursor);
+    auto way = begin_path(memory, role_in(block.kind), block.cursor);
     while (!at_end(block)) {
         if (failed(arrive(memory, way, block.cursor))) return result::failed;
         if (offset_table_find(block.script.data_offset_table, block.cursor)) {
@@ -452,7 +440,5 @@ result parse_conv_1(conv& script) {
     phase_1_looks = 0;
     walk_state shared = {.script = script, .memory = {.script = script}};
     block_walk top_level = {.shared = shared, .script = script, .cursor = 0, .kind = {}};
-    const result outcome = walk_block(top_level);
-    kept_messages = nullptr;
-    return outcome;
+    return walk_block(top_level);
 }

@@ -33,7 +33,7 @@ result scan_item(walk_memory& memory, std::int32_t& cursor, std::uint8_t code) {
 
 result parse_eval_1(walk_memory& memory, std::int32_t& cursor) {
     const conv& script = memory.script;
-    path way = begin_path(memory, path_role::item, cursor);
+    auto way = begin_path(memory, path_role::item, cursor);
     for (std::int32_t position = cursor; position < script.data_size;) {
         if (failed(pass(memory, way, position))) return result::failed;
         const std::uint8_t code = conv_byte(script, position);
@@ -50,7 +50,7 @@ result parse_eval_1(walk_memory& memory, std::int32_t& cursor) {
 result parse_var_1(walk_memory& memory, std::int32_t& cursor) {
     const conv& script = memory.script;
     reference read = {cursor};
-    path way = begin_path(memory, path_role::reference, cursor);
+    auto way = begin_path(memory, path_role::reference, cursor);
     std::int32_t need = 0;
     std::uint8_t code = 0;
     std::int32_t position = cursor;

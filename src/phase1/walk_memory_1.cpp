@@ -1,81 +1,41 @@
 #include "phase1/walk_memory_1.h"
 
 #include <algorithm>
-#include <cstring>
+
+#include "base/diagnostics.h"
 
 result start_remembering(walk_memory& memory) {
-    memory.messages.text.truncate(memory.messages_kept);
     const std::int32_t size = memory.script.data_size;
-    const bool pays = phase_1_looks > size || walks_remember == remembering::always;
+    const std::int64_t looks_again = phase_1_looks - memory.script.code_offset_table.inserted;
+    const bool pays = looks_again > size / 32 || walks_remember == remembering::always;
     if (memory.is_on || !pays || walks_remember == remembering::never) return result::ok;
     if (walks_remember == remembering::always) memory.spacing = 0;
     const std::size_t stretches = stretch_of(size) + 1;
-    const bool has_memory = memory.stretches.assign_zero(stretches) && memory.if_stretches.assign_zero(stretches) &&
-                            memory.latest.assign_zero(2 * stretches) &&
+    const bool has_memory = memory.stretches.assign_zero(stretches) && memory.latest.assign_zero(2 * stretches) &&
                             memory.steps.assign_zero(static_cast<std::size_t>(size) / 8 + 1);
     if (!has_memory) return memory_exhausted(2 * stretches * sizeof(std::uint32_t));
-    memory.messages.limit = static_cast<std::size_t>(size) + std::size_t{stretch_size} * stretch_size;
-    kept_messages = &memory.messages;
     memory.is_on = true;
-    if (failed(push(memory.places, {}))) return result::failed;
-    return push(memory.ifs, {});
+    return push(memory.places, {});
 }
 
 path_moment moment_at(const walk_memory& memory, std::int32_t offset, std::int32_t balance) {
-    return {offset,
-            balance,
-            memory.sidents,
-            static_cast<std::uint32_t>(memory.messages.text.size()),
-            memory.messages.lost,
-            memory.changes,
-            memory.cost};
+    return {offset, balance, memory.sidents, messages_said, memory.changes, memory.cost};
 }
 
-// Messages that could not be copied make it useless.
 effect effect_since(const walk_memory& memory, const path_moment& moment, std::int32_t balance, std::int32_t need) {
     return {
         .need = need,
         .gain = balance - moment.balance,
-        .height = memory.deepest - memory.depth,
+        .height = static_cast<std::int16_t>(memory.deepest - memory.depth),
+        .speaks = messages_said != moment.messages,
         .sident = memory.sidents == moment.sidents ? -1 : memory.sident,
-        .messages = moment.messages,
-        .messages_end = static_cast<std::uint32_t>(memory.messages.text.size()),
-        .time = memory.messages.lost == moment.lost_messages ? moment.time : 0,
+        .time = moment.time,
     };
 }
 
-void apply(walk_memory& memory, const effect& way, std::int32_t& balance) {
-    balance += way.gain;
+void apply(walk_memory& memory, const effect& way) {
     memory.deepest = std::max(memory.deepest, memory.depth + way.height);
     if (way.sident >= 0) note_sident(memory, way.sident);
-    if (!is_silent(way)) repeat_messages(memory.messages, way.messages, way.messages_end);
-}
-
-void take_back(walk_memory& memory, const path_moment& moment) {
-    memory.messages.text.truncate(moment.messages);
-    memory.messages.lost = moment.lost_messages;
-    memory.cost = moment.cost + 1;
-}
-
-std::int64_t price_of(const walk_memory& memory, const effect& way) {
-    if (is_silent(way) || way.messages_end <= memory.messages_kept) return 0;
-    return static_cast<std::int64_t>(way.messages_end - memory.messages_kept) / 2;
-}
-
-void keep_messages(walk_memory& memory, effect& way, const effect& known, std::int64_t cost) {
-    if (is_silent(way)) return;
-    const std::size_t size = way.messages_end - way.messages;
-    const char* const text = memory.messages.text.data();
-    if (way.time != 0 && known.messages_end - known.messages == size &&
-        std::memcmp(text + known.messages, text + way.messages, size) == 0) {
-        way.messages = known.messages;
-        way.messages_end = known.messages_end;
-    } else if (way.time == 0 || memory.messages.is_quiet || cost < price_of(memory, way)) {
-        way.messages = way.messages_end = 0;
-        way.time = 0;
-    } else {
-        memory.messages_kept = std::max<std::size_t>(memory.messages_kept, way.messages_end);
-    }
 }
 
 void note_sident(walk_memory& memory, std::int32_t offset) {

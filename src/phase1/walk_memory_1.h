@@ -10,14 +10,15 @@
 //
 // How a walk goes on from a place follows from the script's bytes and from what it is doing there. So a
 // walk that does the same where another one did goes straight to where that one ended, and leaves behind
-// what walking would: nothing in the offset tables, since entries are never taken away or given another
-// type; the messages, which are said again as they were; the npc id.
+// what walking would: the npc id, and nothing in the offset tables, since entries are never taken away or
+// given another type. Where there are messages it walks, which says them again.
 //
 // Two things make it untrue. A data block start ends or breaks a block where a step would begin: what
 // leads over it is walked anew, once. The recovery cuts the code table: nothing known before holds.
 //
-// known_ways_1.h knows the ways from place to place. known_ifs_1.h knows the ifs: they may be nested, and
-// what changes in the innermost one must not have each of them walked anew.
+// known_places_1.h knows places and leads from one to the next, known_ways_1.h makes them of the ways that
+// walks go, known_ifs_1.h of ifs: these may be nested, and what changes in the innermost one must not have
+// each of them walked anew.
 #pragma once
 
 #include <cstdint>
@@ -38,9 +39,10 @@ enum class path_role : std::uint8_t {
     chain,  // at a keywords statement
     chain_in_if,
     chain_in_else,
-    item,       // of an expression
-    reference,  // an item of a variable reference
-    text,       // outside its passages
+    if_statement,  // with all that is in it
+    item,          // of an expression
+    reference,     // an item of a variable reference
+    text,          // outside its passages
 };
 
 // What a stretch of a way does. The balance is what a walk carries along: the values on the stack of a
@@ -48,42 +50,31 @@ enum class path_role : std::uint8_t {
 struct effect {
     std::int32_t need = 0;                                           // with a lower balance the way is another
     std::int32_t gain = 0;                                           // of the balance
-    std::int32_t height = 0;                                         // levels of blocks that it opens
-    std::int32_t sident = -1;                                        // the last npc id taken, -1 for none
-    std::uint32_t messages = 0;                                      // where they begin in the memory's copy,
-    std::uint32_t messages_end = 0;                                  // and end
+    std::int16_t height = 0;                                         // levels of blocks that it opens
+    bool speaks = false;                                             // it has messages
+    std::int32_t sident = -1;                                        // where the last npc id is, -1 for nowhere
     std::uint32_t time = std::numeric_limits<std::uint32_t>::max();  // how many changes there had been
 };
 
-inline bool is_silent(const effect& way) { return way.messages == way.messages_end; }
-
+// A place of a way, whose next place lies behind it; or an if, whose next place is the longest known if in
+// it. What is between the two is known, and what is between it and a place farther on.
 struct known_place {
     std::int32_t offset;
     path_role role;
-    std::uint32_t neighbour = 0;  // the next place of the same stretch of the script, 0 for none
-    std::uint32_t next = 0;       // the place itself where the way is not known further
-    std::uint32_t far = 0;        // `span` places on
-    std::uint32_t span = 0;
-    effect step = {};  // up to `next`
-    effect leap = {};  // up to `far`
+    std::uint8_t rank = 0;        // of the leap
+    std::int32_t end = 0;         // of an if: behind its endif
+    std::uint32_t neighbour = 0;  // another place of the same stretch of the script, 0 for none
+    std::uint32_t next = 0;       // 0 in an innermost if, the place itself where the way is not known further
+    std::uint32_t far = 0;        // 2^rank - 1 places on
+    effect step = {};             // up to `next`
+    effect leap = {};             // up to `far`
 };
 
-struct known_if {
-    std::int32_t offset;
-    std::int32_t end;             // behind its endif
-    std::uint32_t neighbour = 0;  // the next known if of the same stretch, 0 for none
-    std::uint32_t inner = 0;      // the longest known if in it, 0 for none
-    std::uint32_t far = 0;        // `span` ifs inwards
-    std::uint32_t span = 0;
-    effect whole = {};
-    std::uint32_t said = 0;  // since this change it says what it says
+// A known if in the one that is being walked.
+struct if_within {
+    std::uint32_t known = 0;     // 0 for none
+    std::uint64_t messages = 0;  // that it had there
 };
-
-// How many places a leap goes over, from the spans of the leap of the next place and of the one behind it:
-// either one or, so that leaps grow as they do in a counter whose digits are 2^n - 1, those of both.
-constexpr std::uint32_t leap_span(std::uint32_t next, std::uint32_t behind) {
-    return next == behind ? 1 + next + behind : 1;
-}
 
 // When tests want it: from the first code break on, everything; or never.
 enum class remembering : std::uint8_t { when_it_pays, always, never };
@@ -100,15 +91,12 @@ struct walk_memory {
     conv& script;
     bool is_on = false;
     std::int64_t cost = 0;  // looks that walking here again would cost
-    std::int64_t spacing = 24;
+    std::int64_t spacing = 20;
 
     array<known_place> places = {};       // the first is none
     array<std::uint32_t> stretches = {};  // the first known place of each stretch
     array<std::uint32_t> trail = {};      // places whose leaps are to be found, in the order of the way
-
-    array<known_if> ifs = {};                // the first is none
-    array<std::uint32_t> if_stretches = {};  // the first known if of each stretch
-    std::uint32_t longest = 0;               // known if so far in the one that is being walked
+    if_within longest = {};               // so far in the if that is being walked
 
     array<std::uint8_t> steps = {};    // one bit for each offset: in some walk a block's step began there
     array<std::uint32_t> latest = {};  // a tree over the stretches: the last change in each part
@@ -119,9 +107,6 @@ struct walk_memory {
     std::int32_t deepest = 0;   // so far in the step that is being walked
     std::int32_t sident = -1;   // where the npc id was taken last
     std::uint32_t sidents = 0;  // how often it was
-
-    message_copy messages = {};
-    std::size_t messages_kept = 0;  // that known places and ifs have said
 };
 
 inline void count_looks(walk_memory& memory, std::int64_t looks) {
@@ -134,8 +119,8 @@ inline std::int64_t spacing_of(const walk_memory& memory, path_role role) {
     return role < path_role::item ? 4 * memory.spacing : memory.spacing;
 }
 
-// To be called at a code break. From here on walks are remembered if more was looked at than the
-// script has bytes, which an ordinary script never asks for. Fails, as all that remembers does, when
+// To be called at a code break. From here on walks are remembered if much was looked at without finding
+// anything new, which an ordinary script never asks for. Fails, as all that remembers does, when
 // memory runs out, after its message.
 result start_remembering(walk_memory& memory);
 
@@ -144,8 +129,7 @@ struct path_moment {
     std::int32_t offset = 0;
     std::int32_t balance = 0;
     std::uint32_t sidents = 0;
-    std::uint32_t messages = 0;
-    std::uint32_t lost_messages = 0;
+    std::uint64_t messages = 0;
     std::uint32_t time = 0;
     std::int64_t cost = 0;
 };
@@ -154,19 +138,8 @@ path_moment moment_at(const walk_memory& memory, std::int32_t offset, std::int32
 // What was done since a moment, and how deep.
 effect effect_since(const walk_memory& memory, const path_moment& moment, std::int32_t balance, std::int32_t need);
 
-// Does it once more without walking.
-void apply(walk_memory& memory, const effect& way, std::int32_t& balance);
-
-// Makes nothing of what was said since a moment, and of what it cost.
-void take_back(walk_memory& memory, const path_moment& moment);
-
-// What walking must cost so that what it says is worth keeping. Less would fill the copy, and there
-// would be no room for the one message of a way that costs much.
-std::int64_t price_of(const walk_memory& memory, const effect& way);
-
-// Keeps the messages of a way that cost so much, unless they are those of the way as it was known. A way
-// whose messages are not kept is of no use.
-void keep_messages(walk_memory& memory, effect& way, const effect& known, std::int64_t cost);
+// Does it once more without walking, but for the balance.
+void apply(walk_memory& memory, const effect& way);
 
 // Enters and leaves a block. Fails where blocks are nested too deep.
 inline bool enter_block(walk_memory& memory) {

@@ -24,6 +24,13 @@ TEST(size_test, known_blocks_in_others) {
     for (const std::size_t depth : {4100U, 4101U}) expect_listed(make_known_halves(depth), depth == 4100);
 }
 
+// An if in an answer, known when a walk from within a text comes to it at the top level.
+TEST(size_test, known_if_names_speaker) {
+    expect_listed({0xC4, 0xD2, 0x18, 0,   0,    0,    0xA7, 0xC4, 0xD2, 0x2A, 0,    0,    0,    0xA7, 0xB0,
+                   0x1A, 0,    0,    0,   0xB0, 0x1E, 0,    0,    0,    0x34, 0x12, 0xEF, 'k',  0xF6, 'a',
+                   'b',  0xFF, 1,    'A', 0xA1, 5,    0xA7, 0xFF, 2,    'B',  0xA2, 0xB6, 0x34, 0x12});
+}
+
 TEST(size_test, every_shape) {
     for (const script_shape& shape : script_shapes()) {
         SCOPED_TRACE(shape.name);
