@@ -116,7 +116,7 @@ inline void count_looks(walk_memory& memory, std::int64_t looks) {
 
 // How much at least walking costs between known places. Steps of blocks hold such places themselves.
 inline std::int64_t spacing_of(const walk_memory& memory, path_role role) {
-    return role < path_role::item ? 4 * memory.spacing : memory.spacing;
+    return role < path_role::item ? 2 * memory.spacing : memory.spacing;
 }
 
 // To be called at a code break. From here on walks are remembered if much was looked at without finding
