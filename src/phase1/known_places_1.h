@@ -10,7 +10,7 @@
 
 #include "phase1/walk_memory_1.h"
 
-// What one way and then another, or an if and one in it, do.
+// What one way and then another, or an if and one in it, do. The last npc id is the one that is farthest on.
 effect join(const effect& first, const effect& second);
 
 // The place of a role at an offset, 0 if it is not known.

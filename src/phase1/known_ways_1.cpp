@@ -41,6 +41,12 @@ void note_deepest(walk_memory& memory, path& way) {
     way.deepest = std::max(way.deepest, std::exchange(memory.deepest, memory.depth));
 }
 
+void begin_at(const walk_memory& memory, path& way, std::int32_t offset, std::int32_t balance) {
+    way.last = moment_at(memory, offset, balance);
+    way.start = offset;
+    way.start_cost = way.edge_start = memory.cost;
+}
+
 }  // namespace
 
 path_role role_in(block_kind kind) {
@@ -52,9 +58,7 @@ path_role role_of_chain(block_kind kind) { return role_from(path_role::chain, pl
 
 path path_from(walk_memory& memory, path_role role, std::int32_t offset) {
     path way = {.role = role, .has_begun = role != path_role::top_level};
-    way.last = moment_at(memory, offset, 0);
-    way.start = offset;
-    way.start_cost = way.edge_start = memory.cost;
+    begin_at(memory, way, offset, 0);
     way.deepest = std::exchange(memory.deepest, memory.depth);
     way.trail = memory.trail.size();
     return way;
@@ -68,9 +72,7 @@ result take_step(walk_memory& memory, path& way, std::int32_t offset, std::int32
     note_deepest(memory, way);
     if (!way.has_begun && way.known == 0) {
         way.has_begun = true;
-        way.last = moment_at(memory, offset, balance);
-        way.start = offset;
-        way.start_cost = way.edge_start = memory.cost;
+        begin_at(memory, way, offset, balance);
         return result::ok;
     }
     const std::int64_t spacing = spacing_of(memory, way.role);

@@ -28,8 +28,8 @@ struct path {
     std::size_t trail = 0;        // where its part of the memory's trail begins
 };
 
-// None where nothing is remembered; the functions below do nothing then.
 path path_from(walk_memory& memory, path_role role, std::int32_t offset);
+// None where nothing is remembered; arrive, pass and end_path do nothing then.
 inline std::optional<path> begin_path(walk_memory& memory, path_role role, std::int32_t offset) {
     if (!memory.is_on) return std::nullopt;
     return path_from(memory, role, offset);
